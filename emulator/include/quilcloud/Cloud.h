@@ -1,0 +1,126 @@
+// quil-cloud: the local stand-in for every service the library talks to.
+// Tests run it in-process; the demo runs the quil-cloud binary. It listens on
+// loopback only, over HTTP or HTTPS (with a certificate authority it makes for
+// the run), and optionally answers DNS queries on a loopback UDP port.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quilcloud/Registry.h"
+
+namespace quilcloud {
+
+// One request as the server received it.
+struct Received {
+    std::string method;
+    std::string path;
+    std::string query;                                // raw query string, without "?"
+    std::string body;                                 // raw body
+    std::multimap<std::string, std::string> headers;  // names in lower case
+    std::map<std::string, std::string> params;        // query and form fields decoded (last wins)
+    std::multimap<std::string, std::string> fields;   // every decoded query/form pair
+    std::map<std::string, std::string> cookies;       // from the Cookie header
+    std::map<std::string, std::string> files;         // multipart file parts: name -> content
+    std::string remoteAddr;
+    int remotePort = 0;
+
+    std::string header(const std::string& name) const;  // first value or ""
+    std::string param(const std::string& name) const;   // params[name] or ""
+};
+
+// What a route handler answers.
+struct Reply {
+    int status = 200;
+    std::string body;
+    std::string contentType = "application/json";
+    std::vector<std::pair<std::string, std::string>> headers;
+
+    void json(int httpStatus, const std::string& text) {
+        status = httpStatus;
+        body = text;
+    }
+};
+
+// A scripted answer or fault, applied instead of the route to the requests
+// whose path equals the scripted path ("*" for every path).
+struct Scripted {
+    enum class Kind {
+        Answer,    // status + body as given
+        Delay,     // wait delayMs, then answer normally (the route, or body if set)
+        Reset,     // close the connection without answering
+        Truncate,  // announce the full length of body, send half of it, close
+        Oversize,  // a 200 answer of oversizeBytes bytes
+    };
+    Kind kind = Kind::Answer;
+    int status = 200;
+    std::string body;
+    std::string contentType = "application/json";
+    int delayMs = 0;
+    size_t oversizeBytes = 0;
+    int times = -1;  // how many requests it applies to; -1 for all
+
+    static Scripted answer(int status, const std::string& body);
+    static Scripted delay(int ms);
+    static Scripted reset();
+    static Scripted truncate(const std::string& body);
+    static Scripted oversize(size_t bytes);
+};
+
+using Handler = std::function<void(const Received&, Reply&)>;
+
+class Cloud {
+  public:
+    struct Options {
+        bool tls = false;
+        std::string bindAddress = "127.0.0.1";
+        int port = 0;             // 0: any free port
+        std::string workDir;      // where the CA, certificate and key are written; "" = a temp dir
+        std::string deviceStore;  // device-store directory to register the device from; "" = none
+        int dnsPort = -1;         // -1: no DNS responder, 0: any free port
+        std::vector<std::string> extraNames;  // host names added to the certificate
+    };
+
+    explicit Cloud(const Options& options);
+    ~Cloud();
+    Cloud(const Cloud&) = delete;
+    Cloud& operator=(const Cloud&) = delete;
+
+    // Starts listening (and the DNS responder); false with a reason in error().
+    bool start();
+    void stop();
+    const std::string& error() const;
+
+    int port() const;
+    std::string baseUrl() const;  // "http(s)://127.0.0.1:PORT"
+    std::string caFile() const;   // PEM of the run's CA ("" over plain HTTP)
+    int dnsPort() const;
+    std::string dnsServers() const;  // "127.0.0.1:PORT", as VELMAR_DNS_SERVERS takes it
+    // Every DNS name asked so far.
+    std::vector<std::string> dnsQueries() const;
+    // A records the DNS responder gives (name -> IPv4); any other name gets 127.0.0.1.
+    void setDnsAnswer(const std::string& name, const std::string& address);
+
+    void script(const std::string& path, const Scripted& scripted);
+    void clearScripts();
+
+    std::vector<Received> received() const;
+    std::vector<Received> received(const std::string& path) const;
+    void clearReceived();
+    // Distinct client connections that carried at least one request.
+    int connectionCount() const;
+
+    // Routes of the service families register here (exact path match).
+    void route(const std::string& method, const std::string& path, Handler handler);
+
+    Registry& registry();
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> mImpl;
+};
+
+}  // namespace quilcloud

@@ -1,0 +1,24 @@
+// Internal to the ports: text forms shared by the host and the fake transport.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace velmar {
+namespace http {
+namespace detail {
+
+// Multi-valued form fields as one urlencoded body: every value of every key
+// as its own pair, keys in map order, values in list order.
+std::string encodeFormFields(const std::map<std::string, std::vector<std::string>>& fields);
+
+// Base URL and path joined with exactly one "/" between them.
+std::string joinUrl(const std::string& baseUrl, const std::string& path);
+
+// Decodes "a=1&b=%20" pairs ("+" reads as a space); malformed escapes are kept.
+std::vector<std::pair<std::string, std::string>> decodeParams(const std::string& text);
+
+}  // namespace detail
+}  // namespace http
+}  // namespace velmar

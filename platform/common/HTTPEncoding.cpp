@@ -1,0 +1,133 @@
+// The transport's text forms, shared by every port so that the wire form is
+// the same on the device and in the tests.
+#include "velmar/http/HTTPRequest.h"
+
+#include "FormEncoding.h"
+
+namespace velmar {
+namespace http {
+
+namespace {
+
+bool unreserved(unsigned char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '.' || c == '_' || c == '~';
+}
+
+void appendEncoded(std::string& out, const std::string& text) {
+    static const char hex[] = "0123456789ABCDEF";
+    for (unsigned char c : text) {
+        if (unreserved(c)) {
+            out += static_cast<char>(c);
+        } else {
+            out += '%';
+            out += hex[c >> 4];
+            out += hex[c & 15];
+        }
+    }
+}
+
+}  // namespace
+
+std::string HTTPRequest::encodeHTTPParams(const std::map<std::string, std::string>& params) {
+    std::string out;
+    for (const auto& [key, value] : params) {
+        if (!out.empty()) out += '&';
+        appendEncoded(out, key);
+        out += '=';
+        appendEncoded(out, value);
+    }
+    return out;
+}
+
+std::string HTTPRequest::buildCookieHeader(const std::map<std::string, std::string>& cookies) {
+    std::string out = "Cookie: ";
+    bool first = true;
+    for (const auto& [key, value] : cookies) {
+        if (!first) out += "; ";
+        first = false;
+        out += key;
+        out += '=';
+        out += value;
+    }
+    return out;
+}
+
+namespace detail {
+
+std::string encodeFormFields(const std::map<std::string, std::vector<std::string>>& fields) {
+    std::string out;
+    for (const auto& [key, values] : fields) {
+        for (const auto& value : values) {
+            if (!out.empty()) out += '&';
+            appendEncoded(out, key);
+            out += '=';
+            appendEncoded(out, value);
+        }
+    }
+    return out;
+}
+
+std::string joinUrl(const std::string& baseUrl, const std::string& path) {
+    size_t end = baseUrl.size();
+    while (end > 0 && baseUrl[end - 1] == '/')
+        --end;
+    size_t begin = 0;
+    while (begin < path.size() && path[begin] == '/')
+        ++begin;
+    return baseUrl.substr(0, end) + "/" + path.substr(begin);
+}
+
+namespace {
+
+int hexValue(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+std::string decode(const std::string& text) {
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        char c = text[i];
+        if (c == '+') {
+            out += ' ';
+        } else if (c == '%' && i + 2 < text.size() && hexValue(text[i + 1]) >= 0 &&
+                   hexValue(text[i + 2]) >= 0) {
+            out += static_cast<char>(hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]));
+            i += 2;
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+std::vector<std::pair<std::string, std::string>> decodeParams(const std::string& text) {
+    std::vector<std::pair<std::string, std::string>> out;
+    size_t start = 0;
+    while (start <= text.size() && !text.empty()) {
+        size_t end = text.find('&', start);
+        if (end == std::string::npos) end = text.size();
+        std::string pair = text.substr(start, end - start);
+        if (!pair.empty()) {
+            size_t eq = pair.find('=');
+            if (eq == std::string::npos) {
+                out.emplace_back(decode(pair), "");
+            } else {
+                out.emplace_back(decode(pair.substr(0, eq)), decode(pair.substr(eq + 1)));
+            }
+        }
+        start = end + 1;
+    }
+    return out;
+}
+
+}  // namespace detail
+
+}  // namespace http
+}  // namespace velmar

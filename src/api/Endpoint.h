@@ -1,0 +1,38 @@
+// The shape every endpoint on the signed request shares, and the small
+// pieces of answer handling they all need.
+#pragma once
+
+#include <json-c/json.h>
+
+#include <map>
+#include <string>
+
+#include "velmar/json/JSONUtils.h"
+#include "velmar/utils/ErrorType.h"
+
+namespace velmar {
+namespace quil {
+namespace api {
+namespace detail {
+
+using Params = std::map<std::string, std::string>;
+
+// Sends through the signed request and hands the caller the body whatever the
+// outcome: on failure `response` becomes empty (the signed request itself
+// would leave it untouched). Returns the signed request's status.
+utils::ErrorType sendSigned(std::string& response, const std::string& baseUrl,
+                            const std::string& path, const std::string& method,
+                            const Params& params);
+
+// Parses an answer with json-c; the object belongs to `cleaner`. Null when
+// the text is not JSON.
+json_object* parseAnswer(json::JSONObjectCleaner& cleaner, const std::string& text);
+
+// Decimal text of an integer, as the services expect it ("%lld" / "%llu").
+std::string decimal(long long value);
+std::string decimalUnsigned(unsigned long long value);
+
+}  // namespace detail
+}  // namespace api
+}  // namespace quil
+}  // namespace velmar

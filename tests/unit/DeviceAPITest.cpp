@@ -1,0 +1,199 @@
+#include "velmar/quil/api/DeviceAPI.h"
+
+#include <openssl/evp.h>
+#include <openssl/hmac.h>
+
+#include "velmar/crypto/BaseEncoding.h"
+#include "velmar/fake/FakeTest.h"
+#include "velmar/http/HTTPRequest.h"
+#include "velmar/quil/api/PingAPI.h"
+#include "velmar/quil/api/PresenceAPI.h"
+
+using velmar::quil::api::DeviceAPI;
+using velmar::quil::api::PingAPI;
+using velmar::quil::api::PresenceAPI;
+namespace fake = velmar::fake;
+namespace utils = velmar::utils;
+
+namespace {
+
+const char kBase[] = "https://cloud.test";
+const char kSecret[] = "0123456789abcdef-tail-of-secret";
+
+// Cookie header "Cookie: a=1; b=2" back into a map.
+std::map<std::string, std::string> cookiesOf(const fake::Call& call) {
+    std::map<std::string, std::string> out;
+    if (call.headers.size() != 1) return out;
+    std::string text = call.headers[0];
+    const std::string prefix = "Cookie: ";
+    if (text.rfind(prefix, 0) != 0) return out;
+    text = text.substr(prefix.size());
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = text.find("; ", start);
+        if (end == std::string::npos) end = text.size();
+        std::string pair = text.substr(start, end - start);
+        size_t eq = pair.find('=');
+        out[pair.substr(0, eq)] = pair.substr(eq + 1);
+        start = end + 2;
+    }
+    return out;
+}
+
+std::string expectedToken(const std::string& key, const std::string& text) {
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int size = 0;
+    HMAC(EVP_sha256(), key.data(), static_cast<int>(key.size()),
+         reinterpret_cast<const unsigned char*>(text.data()), text.size(), digest, &size);
+    return velmar::crypto::BaseEncoding::encodeB64(
+        std::vector<unsigned char>(digest, digest + size));
+}
+
+class DeviceAPITest : public fake::FakeTest {
+  protected:
+    void SetUp() override {
+        FakeTest::SetUp();
+        fake::setDeviceValue("sn", "SN0001");
+        fake::setDeviceValue("deviceid", "dev-42");
+        fake::setDeviceValue("channel_secret", kSecret);
+        fake::setDeviceValue("device_token", "stored-token");
+        fake::setDeviceValue("device_token_sign", "stored-sign");
+        fake::setDeviceValue("uid", "1001");
+    }
+};
+
+TEST_F(DeviceAPITest, SendsTheSignedRequestWithOneCookieHeader) {
+    fake::pushBody("{\"code\":0}");
+    const std::map<std::string, std::string> params{{"requestId", "caller-id"}, {"k", "a b"}};
+    std::string response;
+    int status = -1;
+    EXPECT_EQ(DeviceAPI::request(response, status, kBase, "/device/x/", "POST", params), 0);
+    EXPECT_EQ(response, "{\"code\":0}");
+    EXPECT_EQ(status, 200);
+    EXPECT_EQ(params.at("requestId"), "caller-id");  // the caller's map is not touched
+
+    ASSERT_EQ(fake::calls().size(), 1u);
+    const fake::Call& call = fake::calls()[0];
+    EXPECT_EQ(call.overload, fake::Overload::BaseAndPath);
+    EXPECT_EQ(call.baseUrl, kBase);
+    EXPECT_EQ(call.path, "/device/x/");
+    EXPECT_EQ(call.method, "POST");
+    EXPECT_EQ(call.timeoutMs, 15000);
+    // The first UUID is the request ID, the second the nonce.
+    const std::string requestId = "00000000-0000-4000-8000-000000000001";
+    const std::string nonce = "00000000-0000-4000-8000-000000000002";
+    EXPECT_EQ(call.params, "k=a%20b&requestId=" + requestId);
+
+    auto cookies = cookiesOf(call);
+    EXPECT_EQ(cookies.size(), 7u);
+    EXPECT_EQ(cookies["userId"], "1001");
+    EXPECT_EQ(cookies["sn"], "SN0001");
+    EXPECT_EQ(cookies["deviceId"], "dev-42");
+    EXPECT_EQ(cookies["nonce"], nonce);
+    EXPECT_EQ(cookies["deviceToken"], expectedToken(std::string(kSecret, 16), "dev-42/" + nonce));
+    EXPECT_EQ(cookies["deviceTokenV2"], "stored-token");
+    EXPECT_EQ(cookies["signatureV2"], "stored-sign");
+    EXPECT_TRUE(fake::logged("!!!!!!params is :k=a%20b&requestId=" + requestId, 4));
+    EXPECT_EQ(fake::liveByteStrings(), 0);
+}
+
+TEST_F(DeviceAPITest, OnlyTheFirstSixteenBytesOfTheSecretSign) {
+    auto tokenFor = [](const std::string& secret) {
+        fake::reset();
+        fake::setDeviceValue("deviceid", "dev-42");
+        fake::setDeviceValue("channel_secret", secret);
+        fake::pushBody("{}");
+        std::string response;
+        DeviceAPI::request(response, kBase, "/p", "GET", {});
+        return cookiesOf(fake::calls().at(0))["deviceToken"];
+    };
+    EXPECT_EQ(tokenFor("0123456789abcdefAAAA"), tokenFor("0123456789abcdefBBBBBBBB"));
+    EXPECT_NE(tokenFor("0123456789abcdeX"), tokenFor("0123456789abcdef"));
+    // A short secret is used as it is (zero padding is what HMAC does anyway)
+    // and nothing past its end is read.
+    EXPECT_EQ(tokenFor("short"),
+              expectedToken("short", "dev-42/00000000-0000-4000-8000-000000000002"));
+}
+
+TEST_F(DeviceAPITest, UserIdCookieIsZeroWithoutAdminAndMinusOneWhenInvalid) {
+    fake::clearDeviceValue("uid");
+    fake::pushBody("{}");
+    fake::pushBody("{}");
+    std::string response;
+    DeviceAPI::request(response, kBase, "/p", "GET", {});
+    EXPECT_EQ(cookiesOf(fake::calls().at(0))["userId"], "0");
+    fake::setDeviceValue("uid", "garbage");
+    fake::setUidInvalid(1);
+    DeviceAPI::request(response, kBase, "/p", "GET", {});
+    EXPECT_EQ(cookiesOf(fake::calls().at(1))["userId"], "-1");
+}
+
+TEST_F(DeviceAPITest, HmacFailureStillSendsWithoutTheSignatureCookies) {
+    fake::failHmac(true);
+    fake::pushBody("{}");
+    std::string response;
+    EXPECT_EQ(DeviceAPI::request(response, kBase, "/p", "GET", {}), 0);
+    auto cookies = cookiesOf(fake::calls().at(0));
+    EXPECT_EQ(cookies.count("deviceToken"), 0u);
+    EXPECT_EQ(cookies.count("signatureV2"), 0u);
+    EXPECT_EQ(cookies.count("deviceTokenV2"), 0u);
+    EXPECT_EQ(cookies.count("nonce"), 1u);
+    EXPECT_TRUE(fake::logged("Failed to generate hmac_sha256", 4));
+}
+
+TEST_F(DeviceAPITest, MissingStoredTokenIsLoggedAndSentEmpty) {
+    fake::clearDeviceValue("device_token");
+    fake::clearDeviceValue("device_token_sign");
+    fake::pushBody("{}");
+    std::string response;
+    EXPECT_EQ(DeviceAPI::request(response, kBase, "/p", "GET", {}), 0);
+    auto cookies = cookiesOf(fake::calls().at(0));
+    EXPECT_EQ(cookies.at("deviceTokenV2"), "");
+    EXPECT_EQ(cookies.at("signatureV2"), "");
+    EXPECT_TRUE(fake::logged("Failed to get device-token-V2/signature", 3));
+}
+
+TEST_F(DeviceAPITest, TransportFailureIs604AndLeavesTheResponseAlone) {
+    fake::pushAnswer({true, 502, "bad gateway", utils::ERROR_HTTP_TIMEOUT, "timed out"});
+    std::string response = "previous";
+    int status = -1;
+    EXPECT_EQ(DeviceAPI::request(response, status, kBase, "/p", "GET", {}), 604);
+    EXPECT_EQ(response, "previous");
+    EXPECT_EQ(status, 502);
+    EXPECT_TRUE(fake::logged(
+        "httpRequest() failed (requestId: 00000000-0000-4000-8000-000000000001; status: 502; "
+        "error message: timed out; error code: Error (code: 603, message: " +
+            utils::ErrorCode::getErrorMessage(utils::ERROR_HTTP_TIMEOUT) + "))",
+        4));
+
+    // An error status that the transport delivered is not judged here.
+    fake::pushBody("{\"code\":500}", 500);
+    EXPECT_EQ(DeviceAPI::request(response, kBase, "/p", "GET", {}), 0);
+    EXPECT_EQ(response, "{\"code\":500}");
+}
+
+TEST_F(DeviceAPITest, EndpointsSendTheirShapeAndEmptyTheResponseOnFailure) {
+    fake::pushBody("{\"online\":true}");
+    std::string response;
+    EXPECT_EQ(PresenceAPI::getPresence(response, kBase), 0);
+    EXPECT_EQ(response, "{\"online\":true}");
+    const fake::Call& presence = fake::calls().at(0);
+    EXPECT_EQ(presence.method, "GET");
+    EXPECT_EQ(presence.path, "/device/presence/");
+    EXPECT_EQ(presence.decodedParams().size(), 1u);
+    EXPECT_EQ(presence.decodedParams().count("requestId"), 1u);
+
+    fake::pushBody("pong");
+    EXPECT_EQ(PingAPI::pingDevice(response, kBase, ""), 0);
+    const fake::Call& ping = fake::calls().at(1);
+    EXPECT_EQ(ping.method, "POST");
+    EXPECT_EQ(ping.path, "/device/ping/");
+    EXPECT_EQ(ping.decodedParams().at("pingLevel"), "");
+
+    fake::pushFailure();
+    response = "stale";
+    EXPECT_EQ(PingAPI::pingDevice(response, kBase, "2"), 604);
+    EXPECT_EQ(response, "");
+}
+
+}  // namespace
