@@ -1,0 +1,72 @@
+// The signed request end to end: the host port, the device store and the
+// local cloud's own signature check.
+#include <stdlib.h>
+
+#include "CloudFixture.h"
+#include "velmar/quil/api/DeviceAPI.h"
+#include "velmar/quil/api/PingAPI.h"
+#include "velmar/quil/api/PresenceAPI.h"
+
+using velmar::quil::api::DeviceAPI;
+using velmar::quil::api::PingAPI;
+using velmar::quil::api::PresenceAPI;
+
+namespace {
+
+template <typename Base>
+class SignedRequestTest : public Base {};
+
+using Transports =
+    ::testing::Types<velmar::testing::CloudFixture, velmar::testing::TlsCloudFixture>;
+TYPED_TEST_SUITE(SignedRequestTest, Transports);
+
+TYPED_TEST(SignedRequestTest, CloudAcceptsTheDeviceSignature) {
+    std::string response;
+    ASSERT_EQ(PresenceAPI::getPresence(response, this->baseUrl()), 0);
+    EXPECT_NE(response.find("\"online\":true"), std::string::npos) << response;
+
+    ASSERT_EQ(PingAPI::pingDevice(response, this->baseUrl(), "2"), 0);
+    EXPECT_NE(response.find("\"pingLevel\":\"2\""), std::string::npos) << response;
+
+    auto received = this->cloud().received("/device/ping/");
+    ASSERT_EQ(received.size(), 1u);
+    EXPECT_EQ(received[0].method, "POST");
+    EXPECT_EQ(received[0].param("pingLevel"), "2");
+    EXPECT_EQ(received[0].cookies.at("sn"), velmar::testing::SampleDevice::sn);
+    EXPECT_EQ(received[0].cookies.at("userId"), "0");
+}
+
+TYPED_TEST(SignedRequestTest, CloudRefusesATamperedSecret) {
+    this->store("channel_secret", "3c9a1f0e5b7d4c2Xa6e0f19d2b3c4d5e");
+    std::string response;
+    int status = 0;
+    // The refusal is an answer: the signed request reports it as delivered
+    // and leaves judging it to the endpoint's caller.
+    ASSERT_EQ(DeviceAPI::request(response, status, this->baseUrl(), "/device/presence/", "GET", {}),
+              0);
+    EXPECT_EQ(status, 401);
+    EXPECT_NE(response.find("invalid device signature"), std::string::npos) << response;
+
+    // Only the first 16 bytes key the signature: a change past them is not noticed.
+    this->store("channel_secret", "3c9a1f0e5b7d4c28-anything-else");
+    ASSERT_EQ(DeviceAPI::request(response, status, this->baseUrl(), "/device/presence/", "GET", {}),
+              0);
+    EXPECT_EQ(status, 200);
+}
+
+TYPED_TEST(SignedRequestTest, DeadServerGives604AndTheFailureLine) {
+    const std::string deadUrl = this->baseUrl();
+    this->cloud().stop();
+    setenv("VELMAR_LOG_STDERR", "1", 1);
+    ::testing::internal::CaptureStderr();
+    std::string response = "stale";
+    auto status = PresenceAPI::getPresence(response, deadUrl);
+    std::string logged = ::testing::internal::GetCapturedStderr();
+    unsetenv("VELMAR_LOG_STDERR");
+    EXPECT_EQ(status, 604);
+    EXPECT_EQ(response, "");
+    EXPECT_NE(logged.find("httpRequest() failed (requestId: "), std::string::npos) << logged;
+    EXPECT_NE(logged.find("error code: Error (code: 602"), std::string::npos) << logged;
+}
+
+}  // namespace

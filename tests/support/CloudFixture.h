@@ -1,0 +1,112 @@
+// A sandboxed device and the local cloud, for integration tests through the
+// host port: a temporary VELMAR_ROOT holding a device store and a
+// messaging.conf that points every service at an in-process quil-cloud.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "quilcloud/Cloud.h"
+
+namespace velmar {
+namespace testing {
+
+namespace fs = std::filesystem;
+
+// The device the fixture registers, in the store and in the cloud alike.
+struct SampleDevice {
+    static constexpr const char* sn = "4417/20260001";
+    static constexpr const char* mac = "a4:cf:12:3e:77:01";
+    static constexpr const char* deviceId = "7300123456";
+    static constexpr const char* channelSecret = "3c9a1f0e5b7d4c28a6e0f19d2b3c4d5e";
+    static constexpr const char* model = "quil.speaker.v2";
+    static constexpr const char* version = "2.14.3";
+};
+
+class CloudFixture : public ::testing::Test {
+  protected:
+    // Override to run the cloud over HTTPS.
+    virtual bool useTls() const { return false; }
+    virtual int dnsPort() const { return -1; }
+
+    void SetUp() override {
+        char pattern[] = "/tmp/velmar-test-XXXXXX";
+        ASSERT_NE(mkdtemp(pattern), nullptr);
+        root_ = pattern;
+        fs::create_directories(root_ / "data/device");
+        fs::create_directories(root_ / "data/status");
+        fs::create_directories(root_ / "data/messagingagent");
+        fs::create_directories(root_ / "usr/share/quil/messaging");
+        fs::create_directories(root_ / "usr/bin");
+        store("sn", SampleDevice::sn);
+        store("mac", SampleDevice::mac);
+        store("deviceid", SampleDevice::deviceId);
+        store("channel_secret", SampleDevice::channelSecret);
+        store("model", SampleDevice::model);
+        store("version", SampleDevice::version);
+
+        quilcloud::Cloud::Options options;
+        options.tls = useTls();
+        options.dnsPort = dnsPort();
+        options.deviceStore = (root_ / "data/device").string();
+        options.workDir = (root_ / "cloud").string();
+        fs::create_directories(options.workDir);
+        cloud_ = std::make_unique<quilcloud::Cloud>(options);
+        ASSERT_TRUE(cloud_->start()) << cloud_->error();
+
+        writeConfig({{"sQuilAPIURL", cloud_->baseUrl()},
+                     {"sQuilUserprofileURL", cloud_->baseUrl()},
+                     {"sQuilUserprofilePreviewURL", cloud_->baseUrl()},
+                     {"sVeWiFiAPIURL", cloud_->baseUrl()},
+                     {"sVeWiFiLOGURL", cloud_->baseUrl()},
+                     {"sTimeSyncURL", cloud_->baseUrl() + "/time/sync"}});
+        setenv("VELMAR_ROOT", root_.c_str(), 1);
+        if (useTls()) setenv("VELMAR_CA_FILE", cloud_->caFile().c_str(), 1);
+    }
+
+    void TearDown() override {
+        cloud_.reset();
+        unsetenv("VELMAR_ROOT");
+        unsetenv("VELMAR_CA_FILE");
+        std::error_code ignored;
+        fs::remove_all(root_, ignored);
+    }
+
+    // Writes a device-store value (one trailing newline, as the device does).
+    void store(const std::string& name, const std::string& value) {
+        std::ofstream(root_ / "data/device" / name) << value << "\n";
+    }
+    void unstore(const std::string& name) { fs::remove(root_ / "data/device" / name); }
+
+    // Replaces messaging.conf with these keys.
+    void writeConfig(std::initializer_list<std::pair<std::string, std::string>> entries) {
+        std::ofstream out(root_ / "usr/share/quil/messaging/messaging.conf");
+        out << "# written by the test\n";
+        for (const auto& [key, value] : entries)
+            out << key << "=" << value << "\n";
+    }
+
+    // A file under the sandbox root, by its device path ("/data/status/ota").
+    fs::path devicePath(const std::string& path) const { return root_ / path.substr(1); }
+
+    quilcloud::Cloud& cloud() { return *cloud_; }
+    std::string baseUrl() const { return cloud_->baseUrl(); }
+    const fs::path& root() const { return root_; }
+
+  private:
+    fs::path root_;
+    std::unique_ptr<quilcloud::Cloud> cloud_;
+};
+
+class TlsCloudFixture : public CloudFixture {
+  protected:
+    bool useTls() const override { return true; }
+};
+
+}  // namespace testing
+}  // namespace velmar
