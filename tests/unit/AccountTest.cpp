@@ -1,0 +1,115 @@
+#include "velmar/fake/FakeTest.h"
+#include "velmar/quil/api/ClientInfoListAPI.h"
+#include "velmar/quil/api/CommonConfigAPI.h"
+#include "velmar/quil/api/PrivacySettingsAPI.h"
+#include "velmar/quil/api/VoipDurationAPI.h"
+
+using namespace velmar::quil::api;
+namespace fake = velmar::fake;
+
+namespace {
+
+const char kBase[] = "https://cloud.test";
+
+class AccountTest : public fake::FakeTest {
+  protected:
+    void SetUp() override {
+        FakeTest::SetUp();
+        fake::setDeviceValue("deviceid", "dev-42");
+        fake::setDeviceValue("channel_secret", "0123456789abcdef");
+        fake::setDeviceValue("uid", "9007199254740993");
+    }
+};
+
+TEST_F(AccountTest, WithoutSuperAdminNothingIsSent) {
+    fake::clearDeviceValue("uid");
+    std::string response = "kept";
+    std::string text = "60";
+    EXPECT_EQ(ClientInfoListAPI::getClientList(response, kBase), 101);
+    EXPECT_EQ(VoipDurationAPI::getStatus(response, kBase), 101);
+    EXPECT_EQ(VoipDurationAPI::add(response, kBase, text), 101);
+    EXPECT_EQ(CommonConfigAPI::getConfig(response, kBase, text), 101);
+    EXPECT_EQ(response, "kept");
+    EXPECT_TRUE(fake::calls().empty());
+    EXPECT_TRUE(fake::logged("Failed to get user id", 4));
+}
+
+TEST_F(AccountTest, RawAnswersPassThroughUnparsedForTheSuperAdmin) {
+    fake::pushBody("{\"code\": 3}");
+    fake::pushBody("not json at all");
+    fake::pushBody("{}");
+    std::string response;
+    std::string duration = "75";
+    std::string name = "alarm_tones";
+    EXPECT_EQ(ClientInfoListAPI::getClientList(response, kBase), 0);
+    EXPECT_EQ(response, "{\"code\": 3}");
+    EXPECT_EQ(VoipDurationAPI::add(response, kBase, duration), 0);
+    EXPECT_EQ(response, "not json at all");
+    EXPECT_EQ(CommonConfigAPI::getConfig(response, kBase, name), 0);
+
+    const auto& calls = fake::calls();
+    ASSERT_EQ(calls.size(), 3u);
+    EXPECT_EQ(calls[0].path, "/client_info/list/linux");
+    EXPECT_EQ(calls[0].decodedParams().at("userId"), "9007199254740993");
+    EXPECT_EQ(calls[1].path, "/duration/current_month/add/linux");
+    EXPECT_EQ(calls[1].method, "GET");
+    EXPECT_EQ(calls[1].decodedParams().at("durationInSec"), "75");
+    EXPECT_EQ(calls[2].path, "/common_config/linux");
+    EXPECT_EQ(calls[2].decodedParams().at("configName"), "alarm_tones");
+
+    fake::pushFailure();
+    response = "kept";
+    EXPECT_EQ(VoipDurationAPI::getStatus(response, kBase), 604);
+    EXPECT_EQ(response, "kept");
+    EXPECT_TRUE(fake::logged("HTTP request failed: Error (code: 604", 4));
+}
+
+TEST_F(AccountTest, PrivacySettingsSendTheFullUnsignedUserIdWithoutAnAdmin) {
+    fake::clearDeviceValue("uid");
+    fake::pushBody("{\"code\":0}");
+    EXPECT_EQ(PrivacySettingsAPI::setPrivacySettings(kBase, 18446744073709551615ULL, "v=1"), 0);
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.method, "POST");
+    EXPECT_EQ(call.path, "/userprofile/user_privacy_on_device");
+    EXPECT_EQ(call.decodedParams().at("userId"), "18446744073709551615");
+    EXPECT_EQ(call.decodedParams().at("value"), "v=1");
+
+    // Refused, code of the wrong type, not JSON: all 604, each with its line.
+    fake::pushBody("{\"code\":1}");
+    EXPECT_EQ(PrivacySettingsAPI::setPrivacySettings(kBase, 1, "v"), 604);
+    EXPECT_TRUE(fake::logged("Failed response: {\"code\":1}", 4));
+    fake::pushBody("{\"code\":\"0\"}");
+    EXPECT_EQ(PrivacySettingsAPI::setPrivacySettings(kBase, 1, "v"), 604);
+    EXPECT_TRUE(fake::logged("Invalid response: {\"code\":\"0\"}", 4));
+    fake::pushBody("[1,2]");
+    EXPECT_EQ(PrivacySettingsAPI::setPrivacySettings(kBase, 1, "v"), 604);
+    EXPECT_TRUE(fake::logged("Invalid response: [1,2]", 4));
+}
+
+TEST_F(AccountTest, PrivacySettingsHandBackOnlyTheDataObjectIndented) {
+    std::string settings = "kept";
+    fake::pushBody("{\"code\":0,\"data\":[\"a\"]}");
+    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604);
+    fake::pushBody("{\"code\":0,\"data\":\"text\"}");
+    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604);
+    fake::pushBody("{\"code\":2,\"data\":{}}");
+    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604);
+    fake::pushFailure();
+    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604);
+    // An answer nested past any real one is refused instead of overflowing the writer.
+    fake::pushBody("{\"code\":0,\"data\":{\"x\":" + std::string(200000, '[') +
+                   std::string(200000, ']') + "}}");
+    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604);
+    EXPECT_EQ(settings, "kept");
+
+    fake::pushBody("{\"code\":0,\"data\":{}}");
+    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 0);
+    EXPECT_EQ(settings, "{}");
+    fake::pushBody("{\"code\":0,\"message\":\"ok\",\"data\":{\"voice\":true,\"keep\":[30]}}");
+    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 0);
+    EXPECT_EQ(settings, "{\n    \"voice\": true,\n    \"keep\": [\n        30\n    ]\n}");
+    EXPECT_EQ(fake::calls().back().method, "GET");
+    EXPECT_EQ(fake::calls().back().decodedParams().at("userId"), "7");
+}
+
+}  // namespace
