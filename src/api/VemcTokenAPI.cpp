@@ -1,0 +1,46 @@
+#include "velmar/quil/api/VemcTokenAPI.h"
+
+#include "api/AccountScope.h"
+#include "api/RapidAnswer.h"
+#include "velmar/quil/QuilConfigUtils.h"
+#include "velmar/quil/api/DeviceAPI.h"
+#include "velmar/utils/Logging.h"
+
+namespace velmar {
+namespace quil {
+namespace api {
+
+utils::ErrorType VemcTokenAPI::getToken(std::string& token, const std::string& baseUrl) {
+    static const std::string path("/vemc/token/linux");
+    const std::string method("GET");
+    std::string userId;
+    if (!detail::superAdminUserId(userId)) return utils::ERROR_GENERAL;
+    std::string deviceId;
+    if (!QuilConfigUtils::getDeviceID(deviceId)) {
+        VLOG(4) << "Failed to get device id";
+        return utils::ERROR_GENERAL;
+    }
+    detail::Params params;
+    params["userId"] = userId;
+    params["clientId"] = deviceId;
+    std::string response;
+    utils::ErrorType result = DeviceAPI::request(response, baseUrl, path, method, params);
+    if (result != utils::ERROR_NONE) {
+        VLOG(4) << "HTTP request failed: " << result;
+        return result;
+    }
+    detail::RapidAnswer answer(response);
+    int code = -1;
+    std::string data;
+    if (!answer.getInt("code", code) || code != 0 || !answer.getString("data", data)) {
+        // Reported by the untouched token only; the messaging agent relies on it.
+        VLOG(4) << "Invalid response: " << response;
+        return result;
+    }
+    token = data;
+    return result;
+}
+
+}  // namespace api
+}  // namespace quil
+}  // namespace velmar

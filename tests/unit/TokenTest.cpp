@@ -1,0 +1,166 @@
+#include "velmar/fake/FakeTest.h"
+#include "velmar/quil/api/AIServiceTokenAPI.h"
+#include "velmar/quil/api/TencentAccountAPI.h"
+#include "velmar/quil/api/VEOTTokenAPI.h"
+#include "velmar/quil/api/VemcTokenAPI.h"
+
+using namespace velmar::quil::api;
+namespace fake = velmar::fake;
+
+namespace {
+
+const char kBase[] = "https://cloud.test";
+
+class TokenTest : public fake::FakeTest {
+  protected:
+    void SetUp() override {
+        FakeTest::SetUp();
+        fake::setDeviceValue("deviceid", "dev-42");
+        fake::setDeviceValue("channel_secret", "0123456789abcdef");
+        fake::setDeviceValue("uid", "1001");
+    }
+};
+
+TEST_F(TokenTest, RefusedAIServiceTokenIsSuccessWithAnEmptyToken) {
+    std::string token = "old";
+    long long expiresIn = 99;
+    fake::pushBody("{\"code\": 5}");
+    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 0);
+    EXPECT_EQ(token, "");
+    EXPECT_EQ(expiresIn, 0);
+    EXPECT_TRUE(fake::logged("invalid code: 5", 3));
+    EXPECT_EQ(fake::calls().at(0).path, "/device/aiservice/token/");
+
+    fake::pushBody("{\"code\":0,\"data\":{\"token\":\"ai-1\",\"expiresIn\":7200}}");
+    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 0);
+    EXPECT_EQ(token, "ai-1");
+    EXPECT_EQ(expiresIn, 7200);
+
+    // Unreadable answers are 1001; what was read before the gap stays written.
+    fake::pushBody("{\"code\":0,\"data\":{\"token\":\"ai-2\"}}");
+    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 1001);
+    EXPECT_EQ(token, "ai-2");
+    EXPECT_EQ(expiresIn, 7200);
+    fake::pushBody("{\"code\":\"0\"}");
+    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 1001);
+    fake::pushBody("<html>");
+    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 1001);
+    EXPECT_TRUE(fake::logged("Invalid response: <html>", 4));
+    fake::pushFailure();
+    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 604);
+    EXPECT_TRUE(fake::logged(
+        "Failed to get ai service token (response: , error code: Error (code: 604", 4));
+}
+
+TEST_F(TokenTest, MessagingCloudTokenReportsAnswerTroubleOnlyByTheUntouchedToken) {
+    std::string token = "kept";
+    fake::pushBody("{\"code\": 3}");
+    fake::pushBody("{\"code\":0,\"data\":42}");
+    fake::pushBody("garbage");
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(VemcTokenAPI::getToken(token, kBase), 0);
+    EXPECT_EQ(token, "kept");
+    EXPECT_TRUE(fake::logged("Invalid response: {\"code\": 3}", 4));
+
+    fake::pushBody("{\"code\":0,\"data\":\"vemc-1\"}");
+    EXPECT_EQ(VemcTokenAPI::getToken(token, kBase), 0);
+    EXPECT_EQ(token, "vemc-1");
+    const fake::Call& call = fake::calls().back();
+    EXPECT_EQ(call.path, "/vemc/token/linux");
+    EXPECT_EQ(call.decodedParams().at("userId"), "1001");
+    EXPECT_EQ(call.decodedParams().at("clientId"), "dev-42");
+
+    size_t sent = fake::calls().size();
+    fake::clearDeviceValue("uid");
+    EXPECT_EQ(VemcTokenAPI::getToken(token, kBase), 101);
+    fake::setDeviceValue("uid", "1001");
+    fake::clearDeviceValue("deviceid");
+    EXPECT_EQ(VemcTokenAPI::getToken(token, kBase), 101);
+    EXPECT_TRUE(fake::logged("Failed to get device id", 4));
+    EXPECT_EQ(fake::calls().size(), sent);
+}
+
+TEST_F(TokenTest, UploadMapsTheServiceCodes) {
+    const std::pair<const char*, int> cases[] = {{"{\"code\":0}", 0},   {"{\"code\":1}", 1003},
+                                                 {"{\"code\":2}", 101}, {"{\"code\":\"0\"}", 610},
+                                                 {"not json", 610},     {"{\"code\":1.0}", 610}};
+    for (const auto& [body, expected] : cases) {
+        fake::pushBody(body);
+        EXPECT_EQ(VEOTTokenAPI::upload("tok", "sess", "1001", kBase), expected) << body;
+    }
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.path, "/device/veot/token/upload/");
+    EXPECT_EQ(call.method, "POST");
+    EXPECT_EQ(call.decodedParams().at("sessionId"), "sess");
+    EXPECT_EQ(call.decodedParams().at("token"), "tok");
+    EXPECT_EQ(call.decodedParams().at("userId"), "1001");
+    EXPECT_TRUE(fake::logged("veot token upload response: {\"code\":1}", 2));
+}
+
+TEST_F(TokenTest, DownloadWalksTheDataMembers) {
+    std::string session = "s0";
+    std::string token = "t0";
+    int expire = -5;
+    fake::pushBody(
+        "{\"code\":0,\"message\":\"ok\",\"data\":{\"token\":\"t1\",\"sessionID\":\"s1\"}}");
+    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 0);
+    EXPECT_EQ(session, "s1");
+    EXPECT_EQ(token, "t1");
+    EXPECT_EQ(expire, -5);  // no "expire" in the answer
+    EXPECT_EQ(fake::calls().at(0).path, "/device/veot/token/download");
+
+    // A wrong type stops the walk; members before it are kept.
+    fake::pushBody(
+        "{\"code\":0,\"message\":\"ok\",\"data\":{\"sessionID\":\"s2\",\"expire\":\"60\","
+        "\"token\":\"t2\"}}");
+    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 610);
+    EXPECT_EQ(session, "s2");
+    EXPECT_EQ(token, "t1");
+    EXPECT_EQ(expire, -5);
+    EXPECT_TRUE(fake::logged("Invalid JSON response: ", 4));
+
+    fake::pushBody("{\"code\":0,\"message\":\"ok\",\"data\":{\"expire\":3600,\"other\":[]}}");
+    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 0);
+    EXPECT_EQ(expire, 3600);
+
+    fake::pushBody("{\"code\":4,\"message\":\"none\",\"data\":{\"token\":\"t3\"}}");
+    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 101);
+    fake::pushBody("{\"code\":0,\"data\":{\"token\":\"t3\"}}");  // no "message"
+    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 610);
+    fake::pushBody("{");
+    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 610);
+    EXPECT_EQ(token, "t1");
+}
+
+TEST_F(TokenTest, TencentAccountKeepsFieldsTheAnswerLeavesOut) {
+    TencentAccount account;
+    account.txID = "previous";
+    fake::pushBody(
+        "{\"code\":0,\"data\":{\"txAppID\":\"app\",\"txIDType\":\"wx\",\"txVendorUID\":\"v\","
+        "\"txAccessToken\":\"at\",\"txRefreshToken\":\"rt\",\"txExpiresIn\":7776000000}}");
+    EXPECT_EQ(TencentAccountAPI::getTencentAccount(account, kBase), 0);
+    EXPECT_EQ(account.txAppID, "app");
+    EXPECT_EQ(account.txID, "previous");
+    EXPECT_EQ(account.txIDType, "wx");
+    EXPECT_EQ(account.txVendorUID, "v");
+    EXPECT_EQ(account.txAccessToken, "at");
+    EXPECT_EQ(account.txRefreshToken, "rt");
+    EXPECT_EQ(account.txExpiresIn, 7776000000LL);
+    EXPECT_EQ(fake::calls().at(0).path, "/device/tencent/account");
+
+    const std::pair<const char*, int> cases[] = {{"{\"code\":1}", 1002},
+                                                 {"{\"code\":9}", 101},
+                                                 {"{\"code\":\"0\"}", 610},
+                                                 {"{\"code\":0}", 610},
+                                                 {"{\"code\":0,\"data\":3}", 610},
+                                                 {"[]", 610},
+                                                 {"no", 610}};
+    for (const auto& [body, expected] : cases) {
+        fake::pushBody(body);
+        EXPECT_EQ(TencentAccountAPI::getTencentAccount(account, kBase), expected) << body;
+    }
+    EXPECT_TRUE(fake::logged("No super admin: {\"code\":1}", 4));
+    EXPECT_EQ(account.txAppID, "app");
+}
+
+}  // namespace
