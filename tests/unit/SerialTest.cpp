@@ -1,0 +1,130 @@
+#include "velmar/fake/FakeTest.h"
+#include "velmar/quil/api/CarrierOperator.h"
+#include "velmar/quil/api/CmccAndlinkAPI.h"
+#include "velmar/quil/api/DeviceSnCmei.h"
+#include "velmar/quil/api/DeviceSnCtei.h"
+#include "velmar/quil/api/DeviceSnProfile.h"
+
+using namespace velmar::quil::api;
+namespace fake = velmar::fake;
+
+namespace {
+
+const char kBase[] = "https://cloud.test";
+const char kCarrierFile[] = "/data/messagingagent/carrier";
+
+class SerialTest : public fake::FakeTest {
+  protected:
+    void SetUp() override {
+        FakeTest::SetUp();
+        fake::setDeviceValue("sn", "SN0001");
+        fake::setDeviceValue("deviceid", "dev-42");
+        fake::setDeviceValue("channel_secret", "0123456789abcdef");
+        fake::setDeviceValue("iot_did", "iot-42");
+        fake::setDeviceValue("model", "speaker.v2");
+        fake::setConfig("sQuilUserprofileURL", "https://profile.test");
+        fake::setConfig("sQuilUserprofilePreviewURL", "https://preview.profile.test");
+    }
+};
+
+TEST_F(SerialTest, LookupsTakeTheProductionOrPreviewAddressFromTheConfiguration) {
+    for (int i = 0; i < 4; ++i)
+        fake::pushBody("{\"code\":0}");
+    std::string result;
+    EXPECT_EQ(DeviceSnCmei::getDeviceCmeiBySn(result, false), 0);
+    EXPECT_EQ(result, "{\"code\":0}");
+    EXPECT_EQ(DeviceSnCtei::getDeviceCteiBySn(result, true), 0);
+    EXPECT_EQ(CarrierOperator::getCarrierOperatorStatus(result, true), 0);
+    EXPECT_EQ(DeviceSnProfile::getDeviceProfileBySn(result, false), 0);
+
+    const auto& calls = fake::calls();
+    ASSERT_EQ(calls.size(), 4u);
+    EXPECT_EQ(calls[0].baseUrl, "https://profile.test");
+    EXPECT_EQ(calls[0].path, "/device_sn/get_device_cmei");
+    EXPECT_EQ(calls[0].decodedParams().at("deviceSn"), "SN0001");
+    EXPECT_EQ(calls[1].baseUrl, "https://preview.profile.test");
+    EXPECT_EQ(calls[1].path, "/device_sn/get_device_ctei");
+    EXPECT_EQ(calls[2].baseUrl, "https://preview.profile.test");
+    EXPECT_EQ(calls[2].path, "/device_carrier/get_carrier_status");
+    EXPECT_EQ(calls[2].decodedParams().at("sn"), "SN0001");
+    EXPECT_EQ(calls[3].path, "/device_sn/get_profile");
+    for (const auto& call : calls)
+        EXPECT_EQ(call.method, "GET");
+    EXPECT_EQ(fake::configOpens().back(), "/usr/share/quil/messaging/messaging.conf");
+
+    fake::pushFailure();
+    result = "stale";
+    EXPECT_EQ(DeviceSnCmei::getDeviceCmeiBySn(result, false), 604);
+    EXPECT_EQ(result, "");
+}
+
+TEST_F(SerialTest, OnlyTheProfileLookupWorksWithoutASerialNumber) {
+    fake::clearDeviceValue("sn");  // and no MAC to fall back on
+    std::string result = "kept";
+    EXPECT_EQ(DeviceSnCmei::getDeviceCmeiBySn(result, false), 101);
+    EXPECT_EQ(DeviceSnCtei::getDeviceCteiBySn(result, false), 101);
+    EXPECT_EQ(CarrierOperator::getCarrierOperatorStatus(result, false), 101);
+    EXPECT_EQ(result, "kept");
+    EXPECT_TRUE(fake::calls().empty());
+
+    fake::pushBody("{\"code\":0,\"data\":{}}");
+    EXPECT_EQ(DeviceSnProfile::getDeviceProfileBySn(result, false), 0);
+    auto params = fake::calls().at(0).decodedParams();
+    EXPECT_EQ(params.size(), 1u);
+    EXPECT_EQ(params.count("requestId"), 1u);
+}
+
+TEST_F(SerialTest, CarrierStatusIsStoredCompactAndOnlyWhenItIsJson) {
+    CarrierOperator::setCarrierOperatorStatus("{ \"carrier\" : \"CMCC\",\n \"bands\" : [ 1, 3 ] }");
+    EXPECT_EQ(fake::writtenFile(kCarrierFile), "{\"carrier\":\"CMCC\",\"bands\":[1,3]}");
+
+    CarrierOperator::setCarrierOperatorStatus("carrier=CMCC");
+    EXPECT_EQ(fake::writtenFile(kCarrierFile), "{\"carrier\":\"CMCC\",\"bands\":[1,3]}");
+    EXPECT_TRUE(fake::logged("Invalid carrier operator status: carrier=CMCC", 4));
+
+    fake::failFileWrites(true);
+    CarrierOperator::setCarrierOperatorStatus("{\"carrier\":\"CT\"}");
+    EXPECT_TRUE(fake::logged("Write carrier operator to file error: unable to open file", 4));
+}
+
+TEST_F(SerialTest, AndlinkKeepsItsKeySpellingsAndIgnoresRefusals) {
+    std::string id = "kept";
+    fake::pushBody("{\"code\":0,\"data\":123}");
+    EXPECT_EQ(CmccAndlinkAPI::getDeviceID(id, kBase), 0);
+    EXPECT_EQ(id, "kept");
+    EXPECT_TRUE(fake::logged("Invalid response: {\"code\":0,\"data\":123}", 4));
+    EXPECT_TRUE(fake::logged("Get andlink did response: {\"code\":0,\"data\":123}", 2));
+    fake::pushBody("{\"code\":0,\"data\":\"CMCC-9\"}");
+    EXPECT_EQ(CmccAndlinkAPI::getDeviceID(id, kBase), 0);
+    EXPECT_EQ(id, "CMCC-9");
+    const fake::Call& get = fake::calls().at(0);
+    EXPECT_EQ(get.path, "/device/andlink/cmcc_device_id");
+    EXPECT_EQ(get.method, "GET");
+    EXPECT_EQ(get.decodedParams().at("veotDID"), "iot-42");
+    EXPECT_EQ(get.decodedParams().at("hardware"), "speaker.v2");
+
+    fake::pushBody("{\"code\":7}");
+    EXPECT_EQ(CmccAndlinkAPI::setDeviceID("CMCC-9", kBase), 0);
+    EXPECT_TRUE(fake::logged("Invalid response: {\"code\":7}", 4));
+    auto set = fake::calls().at(2).decodedParams();
+    EXPECT_EQ(fake::calls().at(2).path, "/app/set_cmcc_id/linux");
+    EXPECT_EQ(fake::calls().at(2).method, "GET");
+    EXPECT_EQ(set.at("veotDid"), "iot-42");
+    EXPECT_EQ(set.at("cmccDeviceId"), "CMCC-9");
+    EXPECT_EQ(set.count("hardware"), 0u);
+
+    fake::pushFailure();
+    EXPECT_EQ(CmccAndlinkAPI::setDeviceID("CMCC-9", kBase), 604);
+    EXPECT_TRUE(fake::logged("HTTP request failed: Error (code: 604", 4));
+
+    size_t sent = fake::calls().size();
+    fake::clearDeviceValue("model");
+    EXPECT_EQ(CmccAndlinkAPI::setDeviceID("CMCC-9", kBase), 101);
+    EXPECT_TRUE(fake::logged("Failed to get hardware", 4));
+    fake::clearDeviceValue("iot_did");
+    EXPECT_EQ(CmccAndlinkAPI::getDeviceID(id, kBase), 101);
+    EXPECT_TRUE(fake::logged("Failed to get veot did", 4));
+    EXPECT_EQ(fake::calls().size(), sent);
+}
+
+}  // namespace
