@@ -184,7 +184,7 @@ bool QuilConfigUtils::setUpgradeCheckDate(const std::string& date) {
 }
 
 bool QuilConfigUtils::setBrokerAddress(const std::string& host, int port) {
-    if (broker_host_set(host.c_str()) != 0) return false;
+    if (broker_host_set(noQuotes(host).c_str()) != 0) return false;
     char buffer[kPortSize];
     std::snprintf(buffer, sizeof(buffer), "%d", port);
     return broker_port_set(buffer) == 0;

@@ -6,11 +6,12 @@
 #include <cstdlib>
 #include <new>
 
-#include "velmar/device/DeviceInfo.h"
+#include "ByteStrings.h"
 
-extern "C" {
+namespace velmar {
+namespace detail {
 
-str_t* str_hmac_sha256(const str_t* data, const str_t* key) {
+str_t* hmacSha256(const str_t* data, const str_t* key) {
     if (data == nullptr || key == nullptr) return nullptr;
     if ((data->data == nullptr && data->len > 0) || (key->data == nullptr && key->len > 0)) {
         return nullptr;
@@ -35,6 +36,17 @@ str_t* str_hmac_sha256(const str_t* data, const str_t* key) {
     return out;
 }
 
+void destroyByteString(str_t* s) {
+    if (s == nullptr) return;
+    std::free(s->data);
+    std::free(s);
+}
+
+}  // namespace detail
+}  // namespace velmar
+
+extern "C" {
+
 void str_hexdump(const char* label, const str_t* s) {
     // Debug aid only: silent unless asked for, so that secrets never reach a log.
     const char* on = std::getenv("VELMAR_HEXDUMP");
@@ -45,11 +57,5 @@ void str_hexdump(const char* label, const str_t* s) {
             std::fprintf(stderr, " %02x", s->data[i]);
     }
     std::fputc('\n', stderr);
-}
-
-void str_destroy(str_t* s) {
-    if (s == nullptr) return;
-    std::free(s->data);
-    std::free(s);
 }
 }

@@ -24,7 +24,9 @@ struct Received {
     std::map<std::string, std::string> params;        // query and form fields decoded (last wins)
     std::multimap<std::string, std::string> fields;   // every decoded query/form pair
     std::map<std::string, std::string> cookies;       // from the Cookie header
-    std::map<std::string, std::string> files;         // multipart file parts: name -> content
+    // Multipart parts: name -> content. Parts without a file name are also in
+    // params and fields; the raw body of a multipart request is not kept.
+    std::map<std::string, std::string> files;
     std::string remoteAddr;
     int remotePort = 0;
 
@@ -46,7 +48,9 @@ struct Reply {
 };
 
 // A scripted answer or fault, applied instead of the route to the requests
-// whose path equals the scripted path ("*" for every path).
+// whose path equals the scripted path ("*" for every path, "/prefix*" for
+// every path under a prefix). Scripts are checked before routes; the most
+// recent one that matches wins.
 struct Scripted {
     enum class Kind {
         Answer,    // status + body as given
@@ -82,6 +86,8 @@ class Cloud {
         std::string deviceStore;  // device-store directory to register the device from; "" = none
         int dnsPort = -1;         // -1: no DNS responder, 0: any free port
         std::vector<std::string> extraNames;  // host names added to the certificate
+        // Called with one line per request answered ("GET /path?query -> 200"); none when empty.
+        std::function<void(const std::string& line)> requestLog;
     };
 
     explicit Cloud(const Options& options);
@@ -95,13 +101,15 @@ class Cloud {
     const std::string& error() const;
 
     int port() const;
-    std::string baseUrl() const;  // "http(s)://127.0.0.1:PORT"
-    std::string caFile() const;   // PEM of the run's CA ("" over plain HTTP)
-    int dnsPort() const;
+    std::string baseUrl() const;     // "http(s)://127.0.0.1:PORT"
+    std::string caFile() const;      // PEM of the run's CA ("" over plain HTTP)
+    int dnsPort() const;             // -1 when no DNS responder runs
     std::string dnsServers() const;  // "127.0.0.1:PORT", as VELMAR_DNS_SERVERS takes it
     // Every DNS name asked so far.
     std::vector<std::string> dnsQueries() const;
-    // A records the DNS responder gives (name -> IPv4); any other name gets 127.0.0.1.
+    // A records the DNS responder gives (name -> IPv4, case and a final dot
+    // ignored); any other name gets 127.0.0.1. An address that is not dotted
+    // IPv4 is ignored.
     void setDnsAnswer(const std::string& name, const std::string& address);
 
     void script(const std::string& path, const Scripted& scripted);
@@ -109,11 +117,14 @@ class Cloud {
 
     std::vector<Received> received() const;
     std::vector<Received> received(const std::string& path) const;
-    void clearReceived();
+    void clearReceived();  // also forgets the connections seen
     // Distinct client connections that carried at least one request.
     int connectionCount() const;
 
-    // Routes of the service families register here (exact path match).
+    // Routes of the service families register here (exact path match; a path
+    // ending in "*" matches every path that starts with the rest, the longest
+    // such prefix winning). A later route for the same method and path
+    // replaces the earlier one. HEAD requests reach the GET routes.
     void route(const std::string& method, const std::string& path, Handler handler);
 
     Registry& registry();

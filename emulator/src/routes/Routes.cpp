@@ -1,0 +1,10 @@
+#include "routes/Routes.h"
+
+namespace quilcloud {
+
+void registerAllRoutes(Cloud& cloud) {
+    // A new family adds its declaration to Routes.h and one call here.
+    registerDeviceRoutes(cloud);
+}
+
+}  // namespace quilcloud

@@ -1,0 +1,14 @@
+// The service families of the local cloud. Each family lives in its own
+// routes/<Family>.cpp and registers its endpoints on the cloud it is given.
+#pragma once
+
+#include "quilcloud/Cloud.h"
+
+namespace quilcloud {
+
+void registerDeviceRoutes(Cloud& cloud);
+
+// Every family, called once by each Cloud when it is made.
+void registerAllRoutes(Cloud& cloud);
+
+}  // namespace quilcloud
