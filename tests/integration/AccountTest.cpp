@@ -46,7 +46,7 @@ TEST_F(AccountTest, PrivacySettingsAreKeptPerUser) {
     ASSERT_EQ(PrivacySettingsAPI::setPrivacySettings(baseUrl(), 7, "plain text"), 0);
     std::string settings;
     ASSERT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, baseUrl(), big), 0);
-    EXPECT_EQ(settings, "{\n    \"voiceprint\": false\n}");
+    EXPECT_EQ(settings, "{\n    \"value\": \"{\\\"voiceprint\\\":false}\"\n}");
     ASSERT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, baseUrl(), 7), 0);
     EXPECT_EQ(settings, "{\n    \"value\": \"plain text\"\n}");
     ASSERT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, baseUrl(), 8), 0);

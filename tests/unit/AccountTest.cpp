@@ -29,6 +29,9 @@ TEST_F(AccountTest, WithoutSuperAdminNothingIsSent) {
     EXPECT_EQ(VoipDurationAPI::getStatus(response, kBase), 101);
     EXPECT_EQ(VoipDurationAPI::add(response, kBase, text), 101);
     EXPECT_EQ(CommonConfigAPI::getConfig(response, kBase, text), 101);
+    // A stored ID the platform accepts but that overflows 64 bits is no ID either.
+    fake::setDeviceValue("uid", "99999999999999999999999");
+    EXPECT_EQ(ClientInfoListAPI::getClientList(response, kBase), 101);
     EXPECT_EQ(response, "kept");
     EXPECT_TRUE(fake::calls().empty());
     EXPECT_TRUE(fake::logged("Failed to get user id", 4));

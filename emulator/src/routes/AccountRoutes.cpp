@@ -1,7 +1,5 @@
 // The account-scoped family: the administrator's client list, voice-call
 // minutes, common configurations and per-user privacy settings.
-#include <rapidjson/document.h>
-
 #include <ctime>
 #include <string>
 
@@ -42,15 +40,6 @@ std::string durationBody(long long used) {
            "\",\"usedSec\":" + std::to_string(used) +
            ",\"limitSec\":" + std::to_string(kMonthlyVoipSec) + ",\"remainingSec\":" +
            std::to_string(used >= kMonthlyVoipSec ? 0 : kMonthlyVoipSec - used) + "}}";
-}
-
-// Stored privacy settings are handed back as the "data" object: a stored JSON
-// object as it is, any other text under "value".
-std::string privacyData(const std::string& stored) {
-    rapidjson::Document document;
-    document.Parse<rapidjson::kParseIterativeFlag>(stored.data(), stored.size());
-    if (!document.HasParseError() && document.IsObject()) return stored;
-    return "{\"value\":\"" + jsonEscape(stored) + "\"}";
 }
 
 }  // namespace
@@ -134,9 +123,11 @@ void registerAccountRoutes(Cloud& cloud) {
                         reply.json(200, errorBody(2, "invalid userId: " + userId));
                         return;
                     }
+                    // The value is the caller's text; nothing stored is no settings.
                     auto it = device->settings.find("privacy." + userId);
-                    const std::string data =
-                        it == device->settings.end() ? "{}" : privacyData(it->second);
+                    const std::string data = it == device->settings.end()
+                                                 ? "{}"
+                                                 : "{\"value\":\"" + jsonEscape(it->second) + "\"}";
                     reply.json(200, "{\"code\":0,\"message\":\"ok\",\"data\":" + data + "}");
                 });
 }

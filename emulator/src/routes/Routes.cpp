@@ -5,6 +5,11 @@ namespace quilcloud {
 void registerAllRoutes(Cloud& cloud) {
     // A new family adds its declaration to Routes.h and one call here.
     registerDeviceRoutes(cloud);
+    registerAccountRoutes(cloud);
+    registerNotificationRoutes(cloud);
+    registerSerialRoutes(cloud);
+    registerStatusRoutes(cloud);
+    registerTokenRoutes(cloud);
 }
 
 }  // namespace quilcloud

@@ -7,6 +7,11 @@
 namespace quilcloud {
 
 void registerDeviceRoutes(Cloud& cloud);
+void registerAccountRoutes(Cloud& cloud);
+void registerNotificationRoutes(Cloud& cloud);
+void registerSerialRoutes(Cloud& cloud);
+void registerStatusRoutes(Cloud& cloud);
+void registerTokenRoutes(Cloud& cloud);
 
 // Every family, called once by each Cloud when it is made.
 void registerAllRoutes(Cloud& cloud);
