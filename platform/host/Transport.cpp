@@ -3,8 +3,8 @@
 // easy handles are pooled so a call costs no handle set-up.
 #include <ares.h>
 #include <arpa/inet.h>
-#include <netdb.h>
 #include <curl/curl.h>
+#include <netdb.h>
 #include <sys/select.h>
 
 #include <chrono>
@@ -79,8 +79,15 @@ class Share {
             curl_share_setopt(mShare, CURLSHOPT_SHARE, CURL_LOCK_DATA_CONNECT);
         }
     }
-    // Left alive at exit: handles may still be in use by detached threads.
-    ~Share() = default;
+    // At exit: the pooled handles and the share go, closing kept connections.
+    ~Share() {
+        for (CURL* handle : mPool)
+            curl_easy_cleanup(handle);
+        mPool.clear();
+        if (mShare != nullptr) curl_share_cleanup(mShare);
+        ares_library_cleanup();
+        curl_global_cleanup();
+    }
 
     static void lock(CURL*, curl_lock_data data, curl_lock_access, void* self) {
         static_cast<Share*>(self)->mLocks[data % CURL_LOCK_DATA_LAST].lock();
