@@ -1,13 +1,16 @@
 // The device-information functions on a file-backed store: /data/device/<name>
 // holds the value, one trailing newline ignored; writes replace the file
-// atomically.
+// atomically. Every path lies under $VELMAR_ROOT when that is set.
+#include <unistd.h>
+
 #include <cerrno>
-#include <cstdio>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <sstream>
+#include <string>
 
 #include "ByteStrings.h"
+#include "FileRead.h"
 #include "velmar/device/DeviceInfo.h"
 #include "velmar/utils/ExecUtils.h"
 #include "velmar/utils/FileUtils.h"
@@ -16,31 +19,25 @@ namespace {
 
 using velmar::utils::FileUtils;
 
-constexpr size_t kMaxValue = 64 * 1024;  // no device value is larger
-
 std::string storePath(const char* name) {
     return std::string("/data/device/") + name;
 }
 
-// Reads at most `limit` bytes of the file at device path `path`.
-bool readFile(const std::string& path, size_t limit, std::string& out) {
-    std::ifstream in(FileUtils::devicePath(path), std::ios::binary);
-    if (!in) return false;
-    out.resize(limit);
-    in.read(&out[0], static_cast<std::streamsize>(limit));
-    if (in.bad()) return false;
-    out.resize(static_cast<size_t>(in.gcount()));
-    return true;
-}
-
-// -1 on failure, else the value's length.
+// The value's length, or -1 when the file is missing or the value does not
+// fit `size` bytes with its terminating NUL. `buf` is "" after a failure.
 int getValue(const char* name, char* buf, int size) {
     if (buf == nullptr || size <= 0) return -1;
+    buf[0] = '\0';
     std::string value;
-    if (!readFile(storePath(name), kMaxValue, value)) return -1;
+    // One byte beyond a value that fits, plus its newline, tells "too long".
+    if (!velmar::host::readFile(FileUtils::devicePath(storePath(name)),
+                                static_cast<size_t>(size) + 1, value)) {
+        return -1;
+    }
     if (!value.empty() && value.back() == '\n') value.pop_back();
     if (value.size() >= static_cast<size_t>(size)) return -1;
-    std::memcpy(buf, value.c_str(), value.size() + 1);
+    std::memcpy(buf, value.data(), value.size());
+    buf[value.size()] = '\0';
     return static_cast<int>(value.size());
 }
 
@@ -48,10 +45,17 @@ int zeroConvention(int length) {
     return length < 0 ? -1 : 0;
 }
 
+// Bytes written (the value and its newline), or -1.
 int setValue(const char* name, const char* value) {
     if (value == nullptr) return -1;
-    return FileUtils::writeAtomically(storePath(name), value) ? static_cast<int>(std::strlen(value))
-                                                              : -1;
+    const size_t length = std::strlen(value);
+    if (length >= static_cast<size_t>(INT_MAX)) return -1;
+    // Written with the newline the device's own tools write, so that a value
+    // ending in a newline reads back unchanged.
+    std::string content(value, length);
+    content += '\n';
+    return FileUtils::writeAtomically(storePath(name), content) ? static_cast<int>(content.size())
+                                                                : -1;
 }
 
 int runBindScript(const char* argument) {
@@ -98,38 +102,45 @@ int device_token_sign_get(char* buf, int size) {
 int rssi_get(void) {
     char buf[32];
     if (getValue("rssi", buf, sizeof(buf)) < 0) return 0;
-    int value = 0;
-    return std::sscanf(buf, "%d", &value) == 1 ? value : 0;
+    char* end = nullptr;
+    errno = 0;
+    long value = std::strtol(buf, &end, 10);
+    while (end != nullptr && (*end == ' ' || *end == '\t' || *end == '\r'))
+        ++end;
+    if (end == buf || end == nullptr || *end != '\0' || errno != 0 || value < INT_MIN ||
+        value > INT_MAX) {
+        return 0;
+    }
+    return static_cast<int>(value);
 }
 
-int deviceid_set(const char* v) {
-    return setValue("deviceid", v) < 0 ? -1 : 0;
+int deviceid_set(const char* value) {
+    return zeroConvention(setValue("deviceid", value));
 }
-int channel_secret_set(const char* v) {
-    return setValue("channel_secret", v) < 0 ? -1 : 0;
+int channel_secret_set(const char* value) {
+    return zeroConvention(setValue("channel_secret", value));
 }
-int broker_host_set(const char* v) {
-    return setValue("broker_host", v) < 0 ? -1 : 0;
+int broker_host_set(const char* value) {
+    return zeroConvention(setValue("broker_host", value));
 }
-int broker_port_set(const char* v) {
-    return setValue("broker_port", v) < 0 ? -1 : 0;
+int broker_port_set(const char* value) {
+    return zeroConvention(setValue("broker_port", value));
 }
-int device_token_set(const char* v) {
-    return setValue("device_token", v);
+int device_token_set(const char* value) {
+    return setValue("device_token", value);
 }
-int device_token_sign_set(const char* v) {
-    return setValue("device_token_sign", v);
+int device_token_sign_set(const char* value) {
+    return setValue("device_token_sign", value);
 }
-int upgrade_date_set(const char* v) {
-    return setValue("upgrade_date", v);
+int upgrade_date_set(const char* value) {
+    return setValue("upgrade_date", value);
 }
-int uid_set(const char* v) {
-    int written = setValue("uid", v);
-    return written < 0 ? -1 : written + 1;  // positive on success, even for ""
+int uid_set(const char* value) {
+    return setValue("uid", value);  // at least the newline: positive on success
 }
 
 int uid_isvalid_str(const char* text) {
-    if (text == nullptr || text[0] == '\0') return 1;
+    if (text == nullptr) return 1;
     const char* p = text[0] == '-' ? text + 1 : text;
     if (*p == '\0') return 1;
     for (; *p != '\0'; ++p) {
@@ -139,8 +150,8 @@ int uid_isvalid_str(const char* text) {
 }
 
 int uid_clean(void) {
-    std::string path = FileUtils::devicePath(storePath("uid"));
-    return (std::remove(path.c_str()) == 0 || errno == ENOENT) ? 0 : -1;
+    const std::string path = FileUtils::devicePath(storePath("uid"));
+    return (::unlink(path.c_str()) == 0 || errno == ENOENT) ? 0 : -1;
 }
 
 int bind_uid(void) {
@@ -152,8 +163,11 @@ int dev_restore(void) {
 
 int file_read_string(const char* path, char* buf, int size) {
     if (path == nullptr || buf == nullptr || size <= 0) return -1;
+    buf[0] = '\0';
     std::string text;
-    if (!readFile(path, static_cast<size_t>(size - 1), text)) return -1;
+    if (!velmar::host::readFile(FileUtils::devicePath(path), static_cast<size_t>(size) - 1, text)) {
+        return -1;
+    }
     std::memcpy(buf, text.data(), text.size());
     buf[text.size()] = '\0';
     return static_cast<int>(text.size());

@@ -37,8 +37,8 @@ struct Lookup {
 
 void onSocketState(void* data, ares_socket_t fd, int readable, int writable) {
     auto& sockets = static_cast<Lookup*>(data)->sockets;
-    auto it = std::find_if(sockets.begin(), sockets.end(),
-                           [fd](const pollfd& p) { return p.fd == fd; });
+    auto it =
+        std::find_if(sockets.begin(), sockets.end(), [fd](const pollfd& p) { return p.fd == fd; });
     if (!readable && !writable) {
         if (it != sockets.end()) sockets.erase(it);
         return;
@@ -141,7 +141,8 @@ bool resolveIPv4(const std::string& host, const std::string& servers, Clock::tim
         }
         for (const pollfd& p : ready) {
             if (p.revents == 0) continue;
-            ares_socket_t readFd = (p.revents & (POLLIN | POLLERR | POLLHUP)) ? p.fd : ARES_SOCKET_BAD;
+            ares_socket_t readFd =
+                (p.revents & (POLLIN | POLLERR | POLLHUP)) ? p.fd : ARES_SOCKET_BAD;
             ares_socket_t writeFd = (p.revents & POLLOUT) ? p.fd : ARES_SOCKET_BAD;
             ares_process_fd(channel, readFd, writeFd);
         }

@@ -1,19 +1,26 @@
-// The HTTP(S) transport of the Linux port, on libcurl. One process-wide share
-// keeps connections, DNS answers and TLS sessions between calls and threads;
-// easy handles are pooled so a call costs no handle set-up.
-#include <ares.h>
+// The HTTP(S) transport of the Linux port, on libcurl.
+//
+// One process-wide share holds the DNS cache and the TLS sessions for every
+// thread. Connections live in the easy handles, which are pooled: a call
+// borrows a handle, so its open connections serve the next call, whichever
+// thread makes it. (libcurl does not support one connection cache used by
+// concurrent threads, which a shared connection cache would be.)
 #include <arpa/inet.h>
 #include <curl/curl.h>
-#include <netdb.h>
-#include <sys/select.h>
+#include <sys/stat.h>
 
-#include <chrono>
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <mutex>
+#include <set>
 #include <vector>
 
+#include "FileRead.h"
 #include "FormEncoding.h"
+#include "Resolver.h"
 #include "velmar/http/HTTPRequest.h"
 
 namespace velmar {
@@ -30,76 +37,250 @@ using utils::ERROR_NONE;
 
 namespace {
 
-// Answers beyond this are refused instead of exhausting a small device's memory.
-constexpr size_t kMaxAnswer = 8 * 1024 * 1024;
-constexpr size_t kPooledHandles = 16;
+using Clock = std::chrono::steady_clock;
 
-class Share {
+// Answers beyond this are refused instead of exhausting a small device's memory.
+constexpr size_t kMaxAnswerBytes = 8 * 1024 * 1024;
+// Idle handles kept; more only exist while that many calls run at once.
+constexpr size_t kPooledHandles = 8;
+// A caller that gives no time-out still must not block a daemon forever.
+constexpr int kDefaultTimeoutMs = 30000;
+// Bound on the extra CA bundle read into memory.
+constexpr size_t kMaxCaBundleBytes = 4 * 1024 * 1024;
+
+std::string envValue(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+std::vector<std::string> splitList(const std::string& text) {
+    std::vector<std::string> out;
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = text.find(',', start);
+        if (end == std::string::npos) end = text.size();
+        std::string item = text.substr(start, end - start);
+        size_t first = item.find_first_not_of(" \t");
+        size_t last = item.find_last_not_of(" \t");
+        if (first != std::string::npos) out.push_back(item.substr(first, last - first + 1));
+        start = end + 1;
+    }
+    return out;
+}
+
+// "host:port" of a curl --resolve entry ("+host:port:addr" included), lower case.
+std::string resolveKey(const std::string& entry) {
+    std::string text = !entry.empty() && entry[0] == '+' ? entry.substr(1) : entry;
+    size_t first = text.find(':');
+    if (first == std::string::npos) return "";
+    size_t second = text.find(':', first + 1);
+    std::string key = text.substr(0, second);
+    std::transform(key.begin(), key.end(), key.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return key;
+}
+
+class Runtime {
   public:
-    static Share& instance() {
-        static Share share;
-        return share;
+    // Never destroyed: daemons may still be making calls from other threads
+    // while the process exits.
+    static Runtime& instance() {
+        static Runtime* runtime = new Runtime;
+        return *runtime;
     }
 
-    CURL* acquire() {
+    bool ready() const { return mShare != nullptr; }
+
+    // A handle and the generation of the pin list it was made under.
+    struct Lease {
+        CURL* handle = nullptr;
+        unsigned generation = 0;
+    };
+
+    Lease acquire(unsigned generation) {
+        std::vector<CURL*> stale;
+        Lease lease;
         {
             std::lock_guard<std::mutex> lock(mPoolMutex);
-            if (!mPool.empty()) {
-                CURL* handle = mPool.back();
+            while (!mPool.empty() && lease.handle == nullptr) {
+                Lease candidate = mPool.back();
                 mPool.pop_back();
-                return handle;
+                if (candidate.generation == generation) {
+                    lease = candidate;
+                } else {
+                    stale.push_back(candidate.handle);
+                }
             }
         }
-        return curl_easy_init();
-    }
-
-    void release(CURL* handle) {
-        curl_easy_reset(handle);
-        std::lock_guard<std::mutex> lock(mPoolMutex);
-        if (mPool.size() < kPooledHandles) {
-            mPool.push_back(handle);
-            return;
+        for (CURL* handle : stale)
+            curl_easy_cleanup(handle);
+        if (lease.handle == nullptr) {
+            lease.handle = curl_easy_init();
+            lease.generation = generation;
+            if (lease.handle != nullptr &&
+                curl_easy_setopt(lease.handle, CURLOPT_SHARE, mShare) != CURLE_OK) {
+                curl_easy_cleanup(lease.handle);
+                lease.handle = nullptr;
+            }
         }
-        curl_easy_cleanup(handle);
+        return lease;
     }
 
-    CURLSH* share() const { return mShare; }
+    void release(const Lease& lease) {
+        // Reset keeps the handle's connections, caches and share, drops the
+        // options that point into the finished call.
+        curl_easy_reset(lease.handle);
+        {
+            std::lock_guard<std::mutex> lock(mPoolMutex);
+            if (lease.generation == mGeneration && mPool.size() < kPooledHandles) {
+                mPool.push_back(lease);
+                return;
+            }
+        }
+        curl_easy_cleanup(lease.handle);
+    }
+
+    // The --resolve entries for this call: $VELMAR_RESOLVE, plus removals of
+    // pins an earlier value set, since the shared DNS cache keeps them. A
+    // changed value also retires the pooled handles, whose open connections
+    // were made to the old addresses.
+    std::vector<std::string> pins(unsigned& generation) {
+        const std::string text = envValue("VELMAR_RESOLVE");
+        std::vector<std::string> entries = splitList(text);
+        std::lock_guard<std::mutex> lock(mPoolMutex);
+        if (text != mResolveText) {
+            mResolveText = text;
+            ++mGeneration;
+            std::set<std::string> current;
+            for (const auto& entry : entries) {
+                if (entry[0] != '-') current.insert(resolveKey(entry));
+            }
+            for (const auto& key : mPinned) {
+                if (!key.empty() && current.count(key) == 0) mUnpinned.insert(key);
+            }
+            for (const auto& key : current)
+                mUnpinned.erase(key);
+            mPinned = current;
+        }
+        for (const auto& key : mUnpinned)
+            entries.push_back("-" + key);
+        generation = mGeneration;
+        return entries;
+    }
+
+    // The certificates to trust when $VELMAR_CA_FILE names an extra bundle:
+    // libcurl's built-in bundle followed by that one, as one in-memory bundle
+    // (an in-memory bundle replaces the built-in file, the built-in directory
+    // stays). Null when the variable is not set, empty when the extra bundle
+    // is unreadable. Read again only when one of the files changed.
+    std::shared_ptr<const std::string> trustedBundle(std::string& path) {
+        path = envValue("VELMAR_CA_FILE");
+        if (path.empty()) return nullptr;
+        const FileStamp extra = stampOf(path);
+        const FileStamp system = stampOf(mSystemCaFile);
+        std::lock_guard<std::mutex> lock(mCaMutex);
+        if (mBundle && path == mBundlePath && extra == mExtraStamp && system == mSystemStamp) {
+            return mBundle;
+        }
+        auto bundle = std::make_shared<std::string>();
+        std::string extraText;
+        if (!extra.found || !readBounded(path, extraText) || extraText.empty()) return bundle;
+        std::string systemText;
+        if (system.found && readBounded(mSystemCaFile, systemText)) *bundle = systemText + "\n";
+        *bundle += extraText;
+        mBundlePath = path;
+        mExtraStamp = extra;
+        mSystemStamp = system;
+        mBundle = bundle;
+        return mBundle;
+    }
 
   private:
-    Share() {
-        curl_global_init(CURL_GLOBAL_DEFAULT);
-        ares_library_init(ARES_LIB_INIT_ALL);
-        mShare = curl_share_init();
-        if (mShare != nullptr) {
-            curl_share_setopt(mShare, CURLSHOPT_LOCKFUNC, lock);
-            curl_share_setopt(mShare, CURLSHOPT_UNLOCKFUNC, unlock);
-            curl_share_setopt(mShare, CURLSHOPT_USERDATA, this);
-            curl_share_setopt(mShare, CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
-            curl_share_setopt(mShare, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
-            curl_share_setopt(mShare, CURLSHOPT_SHARE, CURL_LOCK_DATA_CONNECT);
+    Runtime() {
+        if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) return;
+        CURLSH* share = curl_share_init();
+        if (share == nullptr) return;
+        if (curl_share_setopt(share, CURLSHOPT_LOCKFUNC, lock) != CURLSHE_OK ||
+            curl_share_setopt(share, CURLSHOPT_UNLOCKFUNC, unlock) != CURLSHE_OK ||
+            curl_share_setopt(share, CURLSHOPT_USERDATA, this) != CURLSHE_OK ||
+            curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS) != CURLSHE_OK ||
+            curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION) != CURLSHE_OK) {
+            curl_share_cleanup(share);
+            return;
         }
-    }
-    // At exit: the pooled handles and the share go, closing kept connections.
-    ~Share() {
-        for (CURL* handle : mPool)
-            curl_easy_cleanup(handle);
-        mPool.clear();
-        if (mShare != nullptr) curl_share_cleanup(mShare);
-        ares_library_cleanup();
-        curl_global_cleanup();
+        mShare = share;
+#if LIBCURL_VERSION_NUM >= 0x075400
+        if (CURL* probe = curl_easy_init()) {
+            char* file = nullptr;
+            if (curl_easy_getinfo(probe, CURLINFO_CAINFO, &file) == CURLE_OK && file != nullptr) {
+                mSystemCaFile = file;
+            }
+            curl_easy_cleanup(probe);
+        }
+#endif
     }
 
+    struct FileStamp {
+        bool found = false;
+        timespec modified{};
+        off_t size = 0;
+        bool operator==(const FileStamp& o) const {
+            return found == o.found && modified.tv_sec == o.modified.tv_sec &&
+                   modified.tv_nsec == o.modified.tv_nsec && size == o.size;
+        }
+    };
+    static FileStamp stampOf(const std::string& path) {
+        FileStamp stamp;
+        struct stat info;
+        if (!path.empty() && ::stat(path.c_str(), &info) == 0) {
+            stamp.found = true;
+            stamp.modified = info.st_mtim;
+            stamp.size = info.st_size;
+        }
+        return stamp;
+    }
+    static bool readBounded(const std::string& path, std::string& out) {
+        return host::readFile(path, kMaxCaBundleBytes + 1, out) && out.size() <= kMaxCaBundleBytes;
+    }
+
+    static std::mutex& lockFor(void* self, curl_lock_data data) {
+        const int index = data >= 0 && data < CURL_LOCK_DATA_LAST ? data : CURL_LOCK_DATA_NONE;
+        return static_cast<Runtime*>(self)->mLocks[index];
+    }
     static void lock(CURL*, curl_lock_data data, curl_lock_access, void* self) {
-        static_cast<Share*>(self)->mLocks[data % CURL_LOCK_DATA_LAST].lock();
+        lockFor(self, data).lock();
     }
     static void unlock(CURL*, curl_lock_data data, void* self) {
-        static_cast<Share*>(self)->mLocks[data % CURL_LOCK_DATA_LAST].unlock();
+        lockFor(self, data).unlock();
     }
 
     CURLSH* mShare = nullptr;
     std::mutex mLocks[CURL_LOCK_DATA_LAST];
+
     std::mutex mPoolMutex;
-    std::vector<CURL*> mPool;
+    std::vector<Lease> mPool;
+    unsigned mGeneration = 0;
+    std::string mResolveText;
+    std::set<std::string> mPinned;
+    std::set<std::string> mUnpinned;
+
+    std::string mSystemCaFile;
+    std::mutex mCaMutex;
+    std::string mBundlePath;
+    FileStamp mExtraStamp;
+    FileStamp mSystemStamp;
+    std::shared_ptr<const std::string> mBundle;
+};
+
+// One call's request, in the form all four overloads reduce to.
+struct Exchange {
+    std::string url;
+    std::string params;
+    std::string method;
+    const std::vector<std::string>* headers = nullptr;
+    std::string cookie;
+    std::string connectTo;  // "host:port:address:" pin of this call only
+    int timeoutMs = 0;
 };
 
 struct Sink {
@@ -109,8 +290,8 @@ struct Sink {
 
 size_t writeBody(char* data, size_t size, size_t count, void* user) {
     Sink* sink = static_cast<Sink*>(user);
-    size_t n = size * count;
-    if (sink->body->size() + n > kMaxAnswer) {
+    const size_t n = size * count;
+    if (n > kMaxAnswerBytes - sink->body->size()) {
         sink->tooLarge = true;
         return 0;  // aborts the transfer
     }
@@ -118,28 +299,24 @@ size_t writeBody(char* data, size_t size, size_t count, void* user) {
     return n;
 }
 
-curl_slist* append(curl_slist* list, const std::string& line) {
-    curl_slist* next = curl_slist_append(list, line.c_str());
-    if (next == nullptr) curl_slist_free_all(list);
-    return next;
-}
-
-std::vector<std::string> splitList(const char* text) {
-    std::vector<std::string> out;
-    if (text == nullptr) return out;
-    std::string all = text;
-    size_t start = 0;
-    while (start <= all.size()) {
-        size_t end = all.find(',', start);
-        if (end == std::string::npos) end = all.size();
-        if (end > start) out.push_back(all.substr(start, end - start));
-        start = end + 1;
+bool isToken(const std::string& text) {
+    if (text.empty()) return false;
+    for (unsigned char c : text) {
+        if (!std::isalnum(c) && std::strchr("!#$%&'*+-.^_`|~", c) == nullptr) return false;
     }
-    return out;
+    return true;
 }
 
-ErrorType classify(CURLcode code, bool tooLarge) {
-    if (tooLarge) return ERROR_HTTP_TOO_LARGE;
+bool hasLineBreak(const std::string& text) {
+    return text.find_first_of("\r\n") != std::string::npos;
+}
+
+bool startsWithNoCase(const std::string& text, const char* prefix) {
+    const size_t n = std::strlen(prefix);
+    return text.size() >= n && strncasecmp(text.c_str(), prefix, n) == 0;
+}
+
+ErrorType classify(CURLcode code) {
     switch (code) {
         case CURLE_COULDNT_RESOLVE_HOST:
         case CURLE_COULDNT_RESOLVE_PROXY:
@@ -156,174 +333,241 @@ ErrorType classify(CURLcode code, bool tooLarge) {
         case CURLE_SSL_CERTPROBLEM:
         case CURLE_SSL_CIPHER:
         case CURLE_SSL_ISSUER_ERROR:
+        case CURLE_SSL_ENGINE_NOTFOUND:
+        case CURLE_SSL_ENGINE_SETFAILED:
+        case CURLE_SSL_ENGINE_INITFAILED:
+        case CURLE_SSL_CRL_BADFILE:
+        case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+        case CURLE_SSL_INVALIDCERTSTATUS:
+        case CURLE_USE_SSL_FAILED:
             return ERROR_HTTP_TLS;
+        case CURLE_FAILED_INIT:
         case CURLE_URL_MALFORMAT:
         case CURLE_UNSUPPORTED_PROTOCOL:
+        case CURLE_BAD_FUNCTION_ARGUMENT:
+        case CURLE_SETOPT_OPTION_SYNTAX:
+        case CURLE_OUT_OF_MEMORY:
             return ERROR_HTTP_INIT;
         default:
             return ERROR_HTTP_FAILED;
     }
 }
 
-struct Exchange {
-    std::string url;
-    std::string params;
-    std::string method;
-    const std::vector<std::string>* headers;
-    std::string cookie;
-    std::vector<std::string> pinned;  // extra "host:port:address" entries
-    int timeoutMs;
+const char* whatFailed(ErrorType error) {
+    switch (error) {
+        case ERROR_HTTP_INIT:
+            return "request could not be set up";
+        case ERROR_HTTP_RESOLVE:
+            return "host name not resolved";
+        case ERROR_HTTP_CONNECT:
+            return "no connection";
+        case ERROR_HTTP_TIMEOUT:
+            return "timed out";
+        case ERROR_HTTP_TLS:
+            return "TLS failed";
+        default:
+            return "transfer failed";
+    }
+}
+
+bool fail(ErrorType& error, std::string& errorMessage, ErrorType type, const std::string& text) {
+    error = type;
+    errorMessage = std::string(whatFailed(type)) + ": " + text;
+    return false;
+}
+
+// Owns what a call hands to curl by pointer, released in the right order.
+class Call {
+  public:
+    Call(Runtime& runtime, const Runtime::Lease& lease) : mRuntime(runtime), mLease(lease) {}
+    ~Call() {
+        mRuntime.release(mLease);
+        curl_slist_free_all(mHeaders);
+        curl_slist_free_all(mResolve);
+        curl_slist_free_all(mConnectTo);
+    }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    CURL* handle() const { return mLease.handle; }
+    static bool append(curl_slist*& list, const std::string& line) {
+        curl_slist* next = curl_slist_append(list, line.c_str());
+        if (next == nullptr) return false;
+        list = next;
+        return true;
+    }
+
+    Runtime& mRuntime;
+    Runtime::Lease mLease;
+    curl_slist* mHeaders = nullptr;
+    curl_slist* mResolve = nullptr;
+    curl_slist* mConnectTo = nullptr;
+    std::shared_ptr<const std::string> mCa;
 };
 
 bool perform(const Exchange& x, int& status, std::string& response, ErrorType& error,
              std::string& errorMessage) {
-    Share& share = Share::instance();
-    response.clear();
     status = 0;
-    CURL* curl = share.acquire();
-    if (curl == nullptr) {
-        error = ERROR_HTTP_INIT;
-        errorMessage = "curl_easy_init() failed";
-        return false;
-    }
-    std::string url = x.url;
-    const bool get = x.method == "GET";
-    if (get && !x.params.empty()) {
-        url += (url.find('?') == std::string::npos ? "?" : "&") + x.params;
-    }
-    curl_slist* headers = nullptr;
-    bool listOk = true;
-    for (const auto& line : *x.headers) {
-        if (line.empty()) continue;
-        if ((headers = append(headers, line)) == nullptr) listOk = false;
-    }
-    if (listOk && !x.cookie.empty()) {
-        if ((headers = append(headers, "Cookie: " + x.cookie)) == nullptr) listOk = false;
-    }
-    curl_slist* resolve = nullptr;
-    std::vector<std::string> pins = splitList(std::getenv("VELMAR_RESOLVE"));
-    pins.insert(pins.end(), x.pinned.begin(), x.pinned.end());
-    for (const auto& pin : pins) {
-        if (listOk && (resolve = append(resolve, pin)) == nullptr) listOk = false;
-    }
+    response.clear();
+    error = ERROR_NONE;
+    errorMessage.clear();
 
-    char errorBuffer[CURL_ERROR_SIZE] = {};
-    Sink sink{&response};
-    curl_easy_setopt(curl, CURLOPT_SHARE, share.share());
-    curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
-    curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(x.timeoutMs));
-    curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(x.timeoutMs));
-    curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, errorBuffer);
-    curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, writeBody);
-    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &sink);
-    curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(kMaxAnswer));
-    curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 1L);
-    curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L);
-    if (const char* ca = std::getenv("VELMAR_CA_FILE")) {
-        if (ca[0] != '\0') {
-            // Both are loaded: the extra bundle and the system store.
-            curl_easy_setopt(curl, CURLOPT_CAINFO, ca);
-            curl_easy_setopt(curl, CURLOPT_CAPATH, "/etc/ssl/certs");
+    std::string method = x.method;
+    std::transform(method.begin(), method.end(), method.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    if (!isToken(method)) {
+        return fail(error, errorMessage, ERROR_HTTP_INIT, "bad method \"" + x.method + "\"");
+    }
+    if (hasLineBreak(x.url) || hasLineBreak(x.cookie)) {
+        return fail(error, errorMessage, ERROR_HTTP_INIT, "line break in URL or cookie");
+    }
+    for (const auto& line : *x.headers) {
+        if (hasLineBreak(line)) {
+            return fail(error, errorMessage, ERROR_HTTP_INIT, "line break in a header line");
         }
     }
-    if (get) {
-        curl_easy_setopt(curl, CURLOPT_HTTPGET, 1L);
-    } else {
-        curl_easy_setopt(curl, CURLOPT_POSTFIELDSIZE_LARGE,
-                         static_cast<curl_off_t>(x.params.size()));
-        curl_easy_setopt(curl, CURLOPT_COPYPOSTFIELDS, x.params.c_str());
-        if (x.method != "POST") curl_easy_setopt(curl, CURLOPT_CUSTOMREQUEST, x.method.c_str());
-    }
-    if (headers != nullptr) curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers);
-    if (resolve != nullptr) curl_easy_setopt(curl, CURLOPT_RESOLVE, resolve);
 
-    CURLcode code = listOk ? curl_easy_perform(curl) : CURLE_OUT_OF_MEMORY;
+    Runtime& runtime = Runtime::instance();
+    if (!runtime.ready()) {
+        return fail(error, errorMessage, ERROR_HTTP_INIT, "libcurl could not be initialised");
+    }
+    unsigned generation = 0;
+    const std::vector<std::string> pins = runtime.pins(generation);
+    Runtime::Lease lease = runtime.acquire(generation);
+    if (lease.handle == nullptr) {
+        return fail(error, errorMessage, ERROR_HTTP_INIT, "no curl handle");
+    }
+    Call call(runtime, lease);
+    CURL* curl = call.handle();
+
+    // GET and HEAD carry the parameters in the query, every other method in the body.
+    const bool inQuery = method == "GET" || method == "HEAD";
+    std::string url = x.url;
+    if (inQuery && !x.params.empty()) {
+        if (url.find('?') == std::string::npos) {
+            url += '?';
+        } else if (url.back() != '?' && url.back() != '&') {
+            url += '&';
+        }
+        url += x.params;
+    }
+
+    bool listsOk = true;
+    bool callerExpect = false;
+    for (const auto& line : *x.headers) {
+        if (line.empty()) continue;
+        callerExpect = callerExpect || startsWithNoCase(line, "Expect:");
+        listsOk = listsOk && Call::append(call.mHeaders, line);
+    }
+    if (!x.cookie.empty()) listsOk = listsOk && Call::append(call.mHeaders, "Cookie: " + x.cookie);
+    // No "Expect: 100-continue" round trip before a large form body.
+    if (!inQuery && !callerExpect) listsOk = listsOk && Call::append(call.mHeaders, "Expect:");
+    for (const auto& pin : pins)
+        listsOk = listsOk && Call::append(call.mResolve, pin);
+    if (!x.connectTo.empty()) listsOk = listsOk && Call::append(call.mConnectTo, x.connectTo);
+    if (!listsOk) return fail(error, errorMessage, ERROR_HTTP_INIT, "out of memory");
+
+    const long timeoutMs = x.timeoutMs > 0 ? x.timeoutMs : kDefaultTimeoutMs;
+    char errorBuffer[CURL_ERROR_SIZE] = {};
+    Sink sink{&response};
+    CURLcode set = CURLE_OK;
+    auto option = [&set](CURLcode code) {
+        if (set == CURLE_OK) set = code;
+    };
+    option(curl_easy_setopt(curl, CURLOPT_URL, url.c_str()));
+#if LIBCURL_VERSION_NUM >= 0x075500
+    option(curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https"));
+#else
+    option(curl_easy_setopt(curl, CURLOPT_PROTOCOLS, long{CURLPROTO_HTTP | CURLPROTO_HTTPS}));
+#endif
+    option(curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L));
+    option(curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, timeoutMs));
+    option(curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, timeoutMs));
+    option(curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, errorBuffer));
+    option(curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, writeBody));
+    option(curl_easy_setopt(curl, CURLOPT_WRITEDATA, &sink));
+    option(curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE,
+                            static_cast<curl_off_t>(kMaxAnswerBytes)));
+    option(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 1L));
+    option(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L));
+    if (startsWithNoCase(url, "https:")) {
+        std::string caPath;
+        call.mCa = runtime.trustedBundle(caPath);
+        if (call.mCa && call.mCa->empty()) {
+            return fail(error, errorMessage, ERROR_HTTP_TLS,
+                        "cannot read the CA bundle " + caPath + " named by VELMAR_CA_FILE");
+        }
+        if (call.mCa) {
+            curl_blob blob{const_cast<char*>(call.mCa->data()), call.mCa->size(), CURL_BLOB_NOCOPY};
+            option(curl_easy_setopt(curl, CURLOPT_CAINFO_BLOB, &blob));
+        }
+    }
+    if (method == "GET") {
+        option(curl_easy_setopt(curl, CURLOPT_HTTPGET, 1L));
+    } else if (method == "HEAD") {
+        option(curl_easy_setopt(curl, CURLOPT_NOBODY, 1L));
+    } else {
+        option(curl_easy_setopt(curl, CURLOPT_POSTFIELDSIZE_LARGE,
+                                static_cast<curl_off_t>(x.params.size())));
+        option(curl_easy_setopt(curl, CURLOPT_POSTFIELDS, x.params.c_str()));
+        if (method != "POST") option(curl_easy_setopt(curl, CURLOPT_CUSTOMREQUEST, method.c_str()));
+    }
+    if (call.mHeaders != nullptr) option(curl_easy_setopt(curl, CURLOPT_HTTPHEADER, call.mHeaders));
+    if (call.mResolve != nullptr) option(curl_easy_setopt(curl, CURLOPT_RESOLVE, call.mResolve));
+    if (call.mConnectTo != nullptr) {
+        option(curl_easy_setopt(curl, CURLOPT_CONNECT_TO, call.mConnectTo));
+    }
+    if (set != CURLE_OK) {
+        return fail(error, errorMessage, ERROR_HTTP_INIT, curl_easy_strerror(set));
+    }
+
+    const CURLcode code = curl_easy_perform(curl);
     long httpStatus = 0;
     curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &httpStatus);
     status = static_cast<int>(httpStatus);
-    share.release(curl);
-    curl_slist_free_all(headers);
-    curl_slist_free_all(resolve);
+    if (code == CURLE_OK) return true;
 
-    if (code != CURLE_OK) {
-        error = classify(code, sink.tooLarge);
-        errorMessage = error == ERROR_HTTP_TOO_LARGE
-                           ? "answer larger than " + std::to_string(kMaxAnswer) + " bytes refused"
-                           : std::string(curl_easy_strerror(code)) +
-                                 (errorBuffer[0] ? std::string(": ") + errorBuffer : std::string());
-        response.clear();
+    response.clear();
+    if (sink.tooLarge || code == CURLE_FILESIZE_EXCEEDED) {
+        error = ERROR_HTTP_TOO_LARGE;
+        errorMessage = "answer refused: larger than " + std::to_string(kMaxAnswerBytes) + " bytes";
         return false;
     }
-    error = ERROR_NONE;
-    errorMessage.clear();
-    return true;
+    const ErrorType type = classify(code);
+    std::string text = errorBuffer[0] != '\0' ? errorBuffer : curl_easy_strerror(code);
+    if (type == ERROR_HTTP_TIMEOUT) {
+        text = "no complete answer within " + std::to_string(timeoutMs) + " ms (" + text + ")";
+    }
+    return fail(error, errorMessage, type, text);
 }
 
-// ---- host resolution through a given resolver list (c-ares) ----------------
-
-struct Lookup {
-    bool done = false;
-    int status = ARES_ETIMEOUT;
-    std::string address;
-};
-
-void onHost(void* arg, int status, int, struct hostent* host) {
-    Lookup* lookup = static_cast<Lookup*>(arg);
-    lookup->done = true;
-    lookup->status = status;
-    if (status == ARES_SUCCESS && host != nullptr && host->h_addr_list[0] != nullptr) {
-        char text[INET_ADDRSTRLEN];
-        if (inet_ntop(AF_INET, host->h_addr_list[0], text, sizeof(text)) != nullptr) {
-            lookup->address = text;
-        }
+// The URL's host and effective port; false when the URL cannot be parsed.
+bool hostAndPort(const std::string& url, std::string& host, std::string& port) {
+    CURLU* parsed = curl_url();
+    if (parsed == nullptr) return false;
+    char* hostText = nullptr;
+    char* portText = nullptr;
+    const bool ok =
+        curl_url_set(parsed, CURLUPART_URL, url.c_str(), CURLU_DEFAULT_SCHEME) == CURLUE_OK &&
+        curl_url_get(parsed, CURLUPART_HOST, &hostText, 0) == CURLUE_OK &&
+        curl_url_get(parsed, CURLUPART_PORT, &portText, CURLU_DEFAULT_PORT) == CURLUE_OK;
+    if (ok) {
+        host = hostText;
+        port = portText;
     }
+    curl_free(hostText);
+    curl_free(portText);
+    curl_url_cleanup(parsed);
+    return ok;
 }
 
-bool resolveWith(const std::string& host, const std::string& servers, int timeoutMs,
-                 std::string& address, std::string& message) {
-    ares_channel channel;
-    ares_options options{};
-    options.timeout = timeoutMs > 0 ? timeoutMs : 1000;
-    options.tries = 1;
-    if (ares_init_options(&channel, &options, ARES_OPT_TIMEOUTMS | ARES_OPT_TRIES) !=
-        ARES_SUCCESS) {
-        message = "resolver could not be set up";
-        return false;
+bool isAddressLiteral(std::string host) {
+    if (host.size() >= 2 && host.front() == '[' && host.back() == ']') {
+        host = host.substr(1, host.size() - 2);
     }
-    int rc = ares_set_servers_ports_csv(channel, servers.c_str());
-    if (rc != ARES_SUCCESS) {
-        ares_destroy(channel);
-        message = std::string("bad resolver list \"") + servers + "\": " + ares_strerror(rc);
-        return false;
-    }
-    Lookup lookup;
-    ares_gethostbyname(channel, host.c_str(), AF_INET, onHost, &lookup);
-    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-    while (!lookup.done) {
-        fd_set readers, writers;
-        FD_ZERO(&readers);
-        FD_ZERO(&writers);
-        int nfds = ares_fds(channel, &readers, &writers);
-        if (nfds == 0) break;
-        auto left = std::chrono::duration_cast<std::chrono::microseconds>(
-            deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0) break;
-        timeval limit{static_cast<time_t>(left.count() / 1000000),
-                      static_cast<suseconds_t>(left.count() % 1000000)};
-        timeval wait;
-        timeval* tv = ares_timeout(channel, &limit, &wait);
-        select(nfds, &readers, &writers, nullptr, tv);
-        ares_process(channel, &readers, &writers);
-    }
-    ares_destroy(channel);  // completes a pending lookup with ARES_EDESTRUCTION
-    if (lookup.status != ARES_SUCCESS || lookup.address.empty()) {
-        message = "could not resolve " + host + " through " + servers + ": " +
-                  ares_strerror(lookup.status == ARES_EDESTRUCTION ? ARES_ETIMEOUT : lookup.status);
-        return false;
-    }
-    address = lookup.address;
-    return true;
+    unsigned char address[sizeof(in6_addr)];
+    return inet_pton(AF_INET, host.c_str(), address) == 1 ||
+           inet_pton(AF_INET6, host.c_str(), address) == 1;
 }
 
 }  // namespace
@@ -333,7 +577,13 @@ bool HTTPRequest::httpRequest(int& status, std::string& response, ErrorType& err
                               const std::string& params, const std::string& method,
                               const std::vector<std::string>& headers, int timeoutMs,
                               const std::string& cookie) {
-    Exchange x{url, params, method, &headers, cookie, {}, timeoutMs};
+    Exchange x;
+    x.url = url;
+    x.params = params;
+    x.method = method;
+    x.headers = &headers;
+    x.cookie = cookie;
+    x.timeoutMs = timeoutMs;
     return perform(x, status, response, error, errorMessage);
 }
 
@@ -342,40 +592,44 @@ bool HTTPRequest::httpRequest(int& status, std::string& response, ErrorType& err
                               const std::string& params, const std::string& method,
                               const std::vector<std::string>& headers, int timeoutMs,
                               const std::string& cookie, const std::string& dnsServers) {
-    Share::instance();  // library initialisation, including c-ares
-    Exchange x{url, params, method, &headers, cookie, {}, timeoutMs};
-    CURLU* parsed = curl_url();
-    char* host = nullptr;
-    char* port = nullptr;
-    bool ok = parsed != nullptr &&
-              curl_url_set(parsed, CURLUPART_URL, url.c_str(), 0) == CURLUE_OK &&
-              curl_url_get(parsed, CURLUPART_HOST, &host, 0) == CURLUE_OK &&
-              curl_url_get(parsed, CURLUPART_PORT, &port, CURLU_DEFAULT_PORT) == CURLUE_OK;
-    std::string hostName = host ? host : "";
-    std::string portText = port ? port : "";
-    curl_free(host);
-    curl_free(port);
-    curl_url_cleanup(parsed);
-    if (!ok) {
-        status = 0;
-        error = ERROR_HTTP_INIT;
-        errorMessage = "malformed URL: " + url;
-        return false;
+    Exchange x;
+    x.url = url;
+    x.params = params;
+    x.method = method;
+    x.headers = &headers;
+    x.cookie = cookie;
+    x.timeoutMs = timeoutMs > 0 ? timeoutMs : kDefaultTimeoutMs;
+
+    const std::string override = envValue("VELMAR_DNS_SERVERS");
+    const std::string servers = override.empty() ? dnsServers : override;
+    std::string host;
+    std::string port;
+    if (!servers.empty()) {
+        if (!hostAndPort(url, host, port)) {
+            status = 0;
+            response.clear();
+            return fail(error, errorMessage, ERROR_HTTP_INIT, "malformed URL \"" + url + "\"");
+        }
     }
-    in_addr literal;
-    if (inet_pton(AF_INET, hostName.c_str(), &literal) != 1 &&
-        hostName.find(':') == std::string::npos && hostName.find('[') == std::string::npos) {
-        const char* override = std::getenv("VELMAR_DNS_SERVERS");
-        const std::string servers =
-            override != nullptr && override[0] != '\0' ? override : dnsServers;
+    // With no list at all the system resolver is the only one left.
+    if (!servers.empty() && !isAddressLiteral(host)) {
+        const auto start = Clock::now();
         std::string address;
-        if (!resolveWith(hostName, servers, timeoutMs, address, errorMessage)) {
+        std::string reason;
+        if (!detail::resolveIPv4(host, servers, start + std::chrono::milliseconds(x.timeoutMs),
+                                 address, reason)) {
             status = 0;
             response.clear();
             error = ERROR_HTTP_RESOLVE;
+            errorMessage = "host name not resolved: " + reason;
             return false;
         }
-        x.pinned.push_back(hostName + ":" + portText + ":" + address);
+        // Connect-to rather than a --resolve entry: the answer must not outlive
+        // this call in the shared DNS cache.
+        x.connectTo = host + ":" + port + ":" + address + ":";
+        const auto spent =
+            std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
+        x.timeoutMs = static_cast<int>(std::max<long long>(1, x.timeoutMs - spent));
     }
     return perform(x, status, response, error, errorMessage);
 }
@@ -385,7 +639,12 @@ bool HTTPRequest::httpRequest(int& status, std::string& response, ErrorType& err
                               const std::string& path, const std::string& params,
                               const std::string& method, const std::vector<std::string>& headers,
                               int timeoutMs) {
-    Exchange x{detail::joinUrl(baseUrl, path), params, method, &headers, "", {}, timeoutMs};
+    Exchange x;
+    x.url = detail::joinUrl(baseUrl, path);
+    x.params = params;
+    x.method = method;
+    x.headers = &headers;
+    x.timeoutMs = timeoutMs;
     return perform(x, status, response, error, errorMessage);
 }
 
@@ -395,13 +654,12 @@ bool HTTPRequest::httpRequest(int& status, std::string& response, ErrorType& err
                               const std::map<std::string, std::vector<std::string>>& fields,
                               const std::string& method, const std::vector<std::string>& headers,
                               int timeoutMs) {
-    Exchange x{detail::joinUrl(baseUrl, path),
-               detail::encodeFormFields(fields),
-               method,
-               &headers,
-               "",
-               {},
-               timeoutMs};
+    Exchange x;
+    x.url = detail::joinUrl(baseUrl, path);
+    x.params = detail::encodeFormFields(fields);
+    x.method = method;
+    x.headers = &headers;
+    x.timeoutMs = timeoutMs;
     return perform(x, status, response, error, errorMessage);
 }
 

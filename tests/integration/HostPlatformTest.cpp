@@ -1,16 +1,26 @@
-// The Linux port's device store, configuration, commands and files under a
-// sandbox root.
+// The Linux port's device store, configuration, files, commands, logging and
+// random sources, under a sandbox root.
+#include <fcntl.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <set>
+#include <thread>
 
-#include "CloudFixture.h"
+#include <gtest/gtest.h>
+
+#include "velmar/crypto/RandomUtils.h"
 #include "velmar/device/DeviceInfo.h"
 #include "velmar/utils/ConfigFile.h"
 #include "velmar/utils/ExecUtils.h"
 #include "velmar/utils/FileUtils.h"
+#include "velmar/utils/Logging.h"
+#include "velmar/utils/TimeUtils.h"
 #include "velmar/utils/UUIDUtils.h"
 
 namespace fs = std::filesystem;
@@ -18,97 +28,341 @@ using namespace velmar::utils;
 
 namespace {
 
-class HostPlatformTest : public velmar::testing::CloudFixture {};
-
-TEST_F(HostPlatformTest, DeviceStoreKeepsEachFunctionsStatusConvention) {
-    char buf[64];
-    ASSERT_EQ(deviceid_get(buf, sizeof(buf)), 0);
-    EXPECT_STREQ(buf, "7300123456");            // the trailing newline is not part of the value
-    EXPECT_EQ(imei_get(buf, sizeof(buf)), -1);  // missing file
-    store("imei", std::string(64, '9'));
-    EXPECT_EQ(imei_get(buf, sizeof(buf)), -1);  // does not fit
-    EXPECT_EQ(imei_get(nullptr, 10), -1);
-
-    EXPECT_LT(device_token_get(buf, sizeof(buf)), 0);
-    EXPECT_GE(device_token_set("tok"), 0);
-    EXPECT_EQ(device_token_get(buf, sizeof(buf)), 3);
-    EXPECT_GT(uid_set("-1"), 0);
-    EXPECT_EQ(uid_get(buf, sizeof(buf)), 0);
-    EXPECT_STREQ(buf, "-1");
-    EXPECT_EQ(uid_clean(), 0);
-    EXPECT_EQ(uid_clean(), 0);  // nothing to clean is fine
-    EXPECT_NE(uid_get(buf, sizeof(buf)), 0);
-
-    EXPECT_EQ(uid_isvalid_str("12345"), 0);
-    EXPECT_EQ(uid_isvalid_str("-1"), 0);
-    EXPECT_NE(uid_isvalid_str(""), 0);
-    EXPECT_NE(uid_isvalid_str("12a"), 0);
-    EXPECT_NE(uid_isvalid_str("-"), 0);
-
-    store("rssi", "-61");
-    EXPECT_EQ(rssi_get(), -61);
-    // Writes leave no temporary file behind.
-    EXPECT_EQ(broker_port_set("8883"), 0);
-    int files = 0;
-    for (auto& entry : fs::directory_iterator(root() / "data/device")) {
-        (void)entry;
-        ++files;
+class HostPlatformTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        // A space and a quote in the root: it reaches a shell command line.
+        char pattern[] = "/tmp/velmar host 'root'-XXXXXX";
+        ASSERT_NE(mkdtemp(pattern), nullptr);
+        root_ = pattern;
+        fs::create_directories(root_ / "data/device");
+        fs::create_directories(root_ / "data/status");
+        fs::create_directories(root_ / "usr/bin");
+        setenv("VELMAR_ROOT", root_.c_str(), 1);
     }
-    EXPECT_EQ(files, 10);  // the fixture's six, device_token, rssi, imei, broker_port
+    void TearDown() override {
+        unsetenv("VELMAR_ROOT");
+        std::error_code ignored;
+        fs::remove_all(root_, ignored);
+    }
+
+    fs::path path(const std::string& devicePath) const { return root_ / devicePath.substr(1); }
+    void write(const std::string& devicePath, const std::string& content) const {
+        std::ofstream(path(devicePath), std::ios::binary) << content;
+    }
+    std::string read(const std::string& devicePath) const {
+        std::ifstream in(path(devicePath), std::ios::binary);
+        return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    }
+    std::set<std::string> entries(const std::string& devicePath) const {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(path(devicePath)))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
+    void tool(const std::string& devicePath, const std::string& script) const {
+        write(devicePath, "#!/bin/sh\n" + script);
+        fs::permissions(path(devicePath), fs::perms::owner_all);
+    }
+
+    fs::path root_;
+};
+
+using Getter = int (*)(char*, int);
+struct NamedGetter {
+    const char* file;
+    Getter get;
+    bool zeroConvention;
+};
+
+const NamedGetter kGetters[] = {
+    {"sn", sn_get, true},
+    {"mac", mac_get, true},
+    {"deviceid", deviceid_get, true},
+    {"channel_secret", channel_secret_get, true},
+    {"iot_did", iot_did_get, true},
+    {"version", version_get, true},
+    {"channel", channel_get, true},
+    {"model", model_get, true},
+    {"appid", appid_get, true},
+    {"countrycode", countrycode_get, true},
+    {"imei", imei_get, true},
+    {"carrier", carrier_get, true},
+    {"uid", uid_get, true},
+    {"broker_host", broker_host_get, true},
+    {"broker_port", broker_port_get, true},
+    {"upgrade_date", upgrade_date_get, false},
+    {"device_token", device_token_get, false},
+    {"device_token_sign", device_token_sign_get, false},
+};
+
+TEST_F(HostPlatformTest, EveryGetterReadsItsOwnFileWithItsOwnStatusConvention) {
+    for (const auto& g : kGetters) {
+        SCOPED_TRACE(g.file);
+        char buf[32] = "junk";
+        const int missing = g.get(buf, sizeof(buf));
+        if (g.zeroConvention) {
+            EXPECT_NE(missing, 0);
+        } else {
+            EXPECT_LT(missing, 0);
+        }
+        EXPECT_STREQ(buf, "");
+
+        const std::string value = std::string("v-") + g.file;
+        write(std::string("/data/device/") + g.file, value + "\n");
+        EXPECT_EQ(g.get(buf, sizeof(buf)), g.zeroConvention ? 0 : static_cast<int>(value.size()));
+        EXPECT_EQ(std::string(buf), value);
+    }
+
+    // Exactly one trailing newline goes; a value must fit with its NUL.
+    char buf[8];
+    write("/data/device/sn", "ab\n\n");
+    ASSERT_EQ(sn_get(buf, sizeof(buf)), 0);
+    EXPECT_STREQ(buf, "ab\n");
+    write("/data/device/sn", "1234567\n");
+    EXPECT_EQ(sn_get(buf, sizeof(buf)), 0);
+    EXPECT_STREQ(buf, "1234567");
+    write("/data/device/sn", "1234567");
+    EXPECT_EQ(sn_get(buf, sizeof(buf)), 0);
+    write("/data/device/device_token", "12345678");
+    EXPECT_LT(device_token_get(buf, sizeof(buf)), 0);
+    EXPECT_STREQ(buf, "");
+    write("/data/device/device_token", std::string(1 << 20, 't'));
+    EXPECT_LT(device_token_get(buf, sizeof(buf)), 0);
+    write("/data/device/device_token", "");
+    EXPECT_EQ(device_token_get(buf, sizeof(buf)), 0) << "an empty value is a value";
+
+    EXPECT_NE(sn_get(nullptr, 8), 0);
+    EXPECT_NE(sn_get(buf, 0), 0);
+    EXPECT_NE(sn_get(buf, -1), 0);
+    EXPECT_LT(device_token_get(buf, 0), 0);
+    fs::remove(path("/data/device/mac"));
+    fs::create_directory(path("/data/device/mac"));
+    EXPECT_NE(mac_get(buf, sizeof(buf)), 0) << "a directory is no value";
+
+    write("/data/device/rssi", "-61\n");
+    EXPECT_EQ(rssi_get(), -61);
+    for (const char* bad : {"", "abc", "12abc", "99999999999", "\n"}) {
+        write("/data/device/rssi", bad);
+        EXPECT_EQ(rssi_get(), 0) << bad;
+    }
+    fs::remove(path("/data/device/rssi"));
+    EXPECT_EQ(rssi_get(), 0);
 }
 
-TEST_F(HostPlatformTest, FilesAndConfigurationLiveUnderTheRoot) {
-    std::ofstream(devicePath("/data/status/ota")) << "idle\n";
+TEST_F(HostPlatformTest, SettersReplaceValuesAtomicallyWithTheirStatusConventions) {
+    char buf[64];
+    EXPECT_EQ(deviceid_set("7300123456"), 0);
+    EXPECT_EQ(channel_secret_set("s3cret"), 0);
+    EXPECT_EQ(broker_host_set("broker.test"), 0);
+    EXPECT_EQ(broker_port_set("8883"), 0);
+    EXPECT_GE(device_token_set("tok"), 0);
+    EXPECT_GE(device_token_sign_set("sig"), 0);
+    EXPECT_GE(upgrade_date_set("2026-11-23"), 0);
+    EXPECT_GT(uid_set(""), 0) << "positive even when nothing but the value's end is written";
+    EXPECT_GT(uid_set("-88123"), 0);
+
+    ASSERT_EQ(deviceid_get(buf, sizeof(buf)), 0);
+    EXPECT_STREQ(buf, "7300123456");
+    EXPECT_EQ(device_token_get(buf, sizeof(buf)), 3);
+    EXPECT_EQ(device_token_sign_get(buf, sizeof(buf)), 3);
+    EXPECT_EQ(upgrade_date_get(buf, sizeof(buf)), 10);
+    ASSERT_EQ(uid_get(buf, sizeof(buf)), 0);
+    EXPECT_STREQ(buf, "-88123");
+    ASSERT_EQ(broker_port_get(buf, sizeof(buf)), 0);
+    EXPECT_STREQ(buf, "8883");
+    // A value ending in a newline reads back as it was written.
+    ASSERT_EQ(channel_secret_set("line\n"), 0);
+    ASSERT_EQ(channel_secret_get(buf, sizeof(buf)), 0);
+    EXPECT_STREQ(buf, "line\n");
+
+    EXPECT_EQ(entries("/data/device"),
+              (std::set<std::string>{"deviceid", "channel_secret", "broker_host", "broker_port",
+                                     "device_token", "device_token_sign", "upgrade_date", "uid"}))
+        << "no temporary file left behind";
+
+    EXPECT_NE(deviceid_set(nullptr), 0);
+    EXPECT_LT(device_token_set(nullptr), 0);
+    EXPECT_LT(uid_set(nullptr), 0);
+    fs::create_directory(path("/data/device/imei_dir"));
+    EXPECT_FALSE(FileUtils::writeAtomically("/data/device/imei_dir", "x"));
+
+    EXPECT_EQ(uid_clean(), 0);
+    EXPECT_NE(uid_get(buf, sizeof(buf)), 0);
+    EXPECT_EQ(uid_clean(), 0) << "nothing to forget is no failure";
+    fs::create_directory(path("/data/device/uid"));
+    write("/data/device/uid/keep", "x");
+    EXPECT_EQ(uid_clean(), -1);
+    fs::remove_all(path("/data/device/uid"));
+
+    fs::remove_all(path("/data/device"));
+    EXPECT_EQ(deviceid_set("1"), -1);
+    EXPECT_EQ(device_token_set("1"), -1);
+    EXPECT_EQ(uid_set("1"), -1);
+    EXPECT_EQ(uid_clean(), 0);
+
+    for (const char* valid : {"0", "12345", "-1", "-88123"})
+        EXPECT_EQ(uid_isvalid_str(valid), 0) << valid;
+    for (const char* invalid : {"", "-", "12a", " 1", "1 ", "+1", "--1", "1-2"})
+        EXPECT_NE(uid_isvalid_str(invalid), 0) << invalid;
+    EXPECT_NE(uid_isvalid_str(nullptr), 0);
+}
+
+TEST_F(HostPlatformTest, DeviceFilesAreReadBoundedAndReplacedWhole) {
+    write("/data/status/ota", "idle\n");
     char buf[8];
     EXPECT_EQ(file_read_string("/data/status/ota", buf, sizeof(buf)), 5);
-    EXPECT_EQ(file_read_string("/data/status/ota", buf, 3), 2);  // bounded by the buffer
+    EXPECT_STREQ(buf, "idle\n");
+    EXPECT_EQ(file_read_string("/data/status/ota", buf, 3), 2);
     EXPECT_STREQ(buf, "id");
+    EXPECT_EQ(file_read_string("/data/status/ota", buf, 1), 0);
+    EXPECT_STREQ(buf, "");
     EXPECT_EQ(file_read_string("/data/status/none", buf, sizeof(buf)), -1);
+    EXPECT_EQ(file_read_string(nullptr, buf, sizeof(buf)), -1);
+    EXPECT_EQ(file_read_string("/data/status/ota", nullptr, 8), -1);
+    EXPECT_EQ(file_read_string("/data/status/ota", buf, 0), -1);
+    EXPECT_EQ(file_read_string("/data/status", buf, sizeof(buf)), -1);
+    ASSERT_EQ(mkfifo(path("/data/status/fifo").c_str(), 0600), 0);
+    EXPECT_EQ(file_read_string("/data/status/fifo", buf, sizeof(buf)), -1) << "and no hang";
 
-    EXPECT_TRUE(FileUtils::writeAtomically("/data/messagingagent/carrier", "{\"a\":1}"));
-    std::ifstream in(devicePath("/data/messagingagent/carrier"));
-    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(text, "{\"a\":1}");
+    EXPECT_EQ(FileUtils::devicePath("/data/x"), root_.string() + "/data/x");
+    EXPECT_EQ(FileUtils::devicePath("relative/x"), "relative/x");
+    setenv("VELMAR_ROOT", (root_.string() + "/").c_str(), 1);
+    EXPECT_EQ(FileUtils::devicePath("/data/x"), root_.string() + "/data/x");
+    unsetenv("VELMAR_ROOT");
+    EXPECT_EQ(FileUtils::devicePath("/data/x"), "/data/x");
+    setenv("VELMAR_ROOT", root_.c_str(), 1);
+
+    write("/data/status/carrier", "old");
+    chmod(path("/data/status/carrier").c_str(), 0600);
+    EXPECT_TRUE(FileUtils::writeAtomically("/data/status/carrier", "{\"a\":1}"));
+    EXPECT_EQ(read("/data/status/carrier"), "{\"a\":1}");
+    struct stat info;
+    ASSERT_EQ(stat(path("/data/status/carrier").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u) << "the replacement keeps the old permissions";
+    EXPECT_TRUE(FileUtils::writeAtomically("/data/status/new", ""));
+    EXPECT_EQ(read("/data/status/new"), "");
     EXPECT_FALSE(FileUtils::writeAtomically("/no/such/dir/file", "x"));
+    EXPECT_FALSE(FileUtils::writeAtomically("/data/status/", "x"));
+    EXPECT_EQ(entries("/data/status"), (std::set<std::string>{"ota", "fifo", "carrier", "new"}));
+}
 
-    {
-        std::ofstream conf(devicePath("/usr/share/quil/messaging/messaging.conf"));
-        conf << "# comment\n\n  sQuilAPIURL =  https://cloud.test  \nsTimeSyncURL=\nbroken line\n";
-    }
+TEST_F(HostPlatformTest, ConfigurationReadsKeyValueLines) {
+    fs::create_directories(path("/usr/share/quil/messaging"));
+    write("/usr/share/quil/messaging/messaging.conf",
+          "# comment=ignored\n\n  sQuilAPIURL =  https://cloud.test/a?x=1#frag  \r\n"
+          "sTimeSyncURL=\nbroken line\n=novalue\n\t# indented comment\n"
+          "sVeWiFiAPIURL=first\nsVeWiFiAPIURL=second\nsVeWiFiLOGURL=a=b");
     ConfigFile config("/usr/share/quil/messaging/messaging.conf");
-    EXPECT_EQ(config.get(ConfigFile::sQuilAPIURL), "https://cloud.test");
+    EXPECT_EQ(config.get(ConfigFile::sQuilAPIURL), "https://cloud.test/a?x=1#frag");
     EXPECT_EQ(config.get(ConfigFile::sTimeSyncURL), "");
-    EXPECT_EQ(config.get(ConfigFile::sVeWiFiLOGURL), "");
-    EXPECT_EQ(ConfigFile("/missing.conf").get(ConfigFile::sQuilAPIURL), "");
+    EXPECT_EQ(config.get(ConfigFile::sVeWiFiAPIURL), "second");
+    EXPECT_EQ(config.get(ConfigFile::sVeWiFiLOGURL), "a=b");
+    EXPECT_EQ(config.get(ConfigFile::sQuilUserprofileURL), "");
+    EXPECT_EQ(config.get("# comment"), "");
+    EXPECT_EQ(config.get(""), "");
+    EXPECT_EQ(ConfigFile("/usr/share/quil/missing.conf").get(ConfigFile::sQuilAPIURL), "");
 }
 
-TEST_F(HostPlatformTest, ExecRunsDeviceToolsFromTheRootAndReportsTheirStatus) {
-    const fs::path tool = devicePath("/usr/bin/vebrain_level");
-    std::ofstream(tool) << "#!/bin/sh\necho \"{\\\"level\\\":\\\"$1\\\"}\"\nexit 3\n";
-    fs::permissions(tool, fs::perms::owner_all);
-    std::string output;
+TEST_F(HostPlatformTest, CommandsRunDeviceToolsFromTheRootAndReportTheirStatus) {
+    tool("/usr/bin/vebrain_level", "echo \"{\\\"level\\\":\\\"$1\\\",\\\"n\\\":$#}\"\nexit 3\n");
+    std::string output = "stale";
     EXPECT_EQ(ExecUtils::exec(output, "/usr/bin/vebrain_level get"), 3);
-    EXPECT_EQ(output, "{\"level\":\"get\"}\n");
-    EXPECT_NE(ExecUtils::exec(output, "/usr/bin/not-there"), 0);
+    EXPECT_EQ(output, "{\"level\":\"get\",\"n\":1}\n");
+    // Only the first word is the tool; arguments are left alone.
+    EXPECT_EQ(ExecUtils::exec(output, "  /usr/bin/vebrain_level /usr/bin/x 2"), 3);
+    EXPECT_EQ(output, "{\"level\":\"/usr/bin/x\",\"n\":2}\n");
+    EXPECT_EQ(ExecUtils::exec(output, "echo hi; exit 0"), 0);
+    EXPECT_EQ(output, "hi\n");
+    EXPECT_EQ(ExecUtils::exec(output, "/usr/bin/not-there 2>/dev/null"), 127);
+    EXPECT_EQ(output, "");
+    EXPECT_EQ(ExecUtils::exec(output, "kill -9 $$"), 128 + 9);
 
-    std::ofstream(devicePath("/usr/bin/bind_device.sh")) << "#!/bin/sh\necho $1 > \"$0.last\"\n";
-    fs::permissions(devicePath("/usr/bin/bind_device.sh"), fs::perms::owner_all);
-    EXPECT_EQ(bind_uid(), 0);
-    std::ifstream last(devicePath("/usr/bin/bind_device.sh.last"));
-    std::string word;
-    last >> word;
-    EXPECT_EQ(word, "bind");
+    // More output than a pipe holds, and a tool that reads its input.
+    EXPECT_EQ(ExecUtils::exec(output, "head -c 300000 /dev/zero | tr '\\0' a; cat"), 0);
+    EXPECT_EQ(output, std::string(300000, 'a'));
+
+    // Nothing of the caller leaks into the tool: descriptors, ignored signals.
+    int open = ::open("/dev/null", O_RDONLY);  // deliberately inheritable
+    ASSERT_GE(open, 0);
+    EXPECT_EQ(ExecUtils::exec(output, "test -e /proc/self/fd/" + std::to_string(open)), 1);
+    ::close(open);
+    auto previous = signal(SIGPIPE, SIG_IGN);
+    EXPECT_EQ(ExecUtils::exec(output, "grep SigIgn /proc/self/status"), 0);
+    signal(SIGPIPE, previous);
+    ASSERT_EQ(output.rfind("SigIgn:\t", 0), 0u) << output;
+    EXPECT_EQ(std::stoull(output.substr(8), nullptr, 16) & (1ull << (SIGPIPE - 1)), 0u) << output;
+
+    tool("/usr/bin/bind_device.sh", "echo \"$1\" >> \"$0.log\"\nexit 5\n");
+    EXPECT_EQ(bind_uid(), 5);
+    EXPECT_EQ(dev_restore(), 5);
+    EXPECT_EQ(read("/usr/bin/bind_device.sh.log"), "bind\nunbind\n");
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "every child was reaped";
 }
 
-TEST(HostUuidTest, UuidsAreVersionFourLowerCaseAndDistinct) {
-    std::string a = UUIDUtils::generate();
-    std::string b = UUIDUtils::generate();
-    ASSERT_EQ(a.size(), 36u);
+TEST(HostLoggingTest, LinesCarryTheirSourceAndReachStandardErrorWhole) {
+    ::testing::internal::CaptureStderr();
+    VLOG(2) << "not mirrored";
+    setenv("VELMAR_LOG_STDERR", "1", 1);
+    const int line = __LINE__ + 1;
+    VLOG(4) << "failed with " << 42;
+    const std::string long_text(3000, 'x');
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([t, &long_text] {
+            for (int i = 0; i < 50; ++i)
+                VLOG(3) << "t" << t << " " << long_text;
+        });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    unsetenv("VELMAR_LOG_STDERR");
+    const std::string logged = ::testing::internal::GetCapturedStderr();
+
+    EXPECT_EQ(logged.find("not mirrored"), std::string::npos);
+    EXPECT_EQ(
+        logged.rfind("HostPlatformTest.cpp:" + std::to_string(line) + ": failed with 42\n", 0), 0u)
+        << logged.substr(0, 200);
+    size_t start = logged.find('\n') + 1;
+    int whole = 0;
+    while (start < logged.size()) {
+        size_t end = logged.find('\n', start);
+        ASSERT_NE(end, std::string::npos);
+        const std::string entry = logged.substr(start, end - start);
+        const size_t text = entry.find(": t");
+        ASSERT_NE(text, std::string::npos) << entry.substr(0, 100);
+        EXPECT_EQ(entry.rfind("HostPlatformTest.cpp:", 0), 0u) << entry.substr(0, 100);
+        EXPECT_EQ(entry.substr(text + 5), long_text) << "a line mixed with another";
+        ++whole;
+        start = end + 1;
+    }
+    EXPECT_EQ(whole, 200);
+}
+
+TEST(HostRandomTest, UuidsAndRandomBytesComeFromTheSystemSource) {
+    std::set<std::string> seen;
+    for (int i = 0; i < 1000; ++i) {
+        const std::string u = UUIDUtils::generate();
+        ASSERT_EQ(u.size(), 36u);
+        for (size_t k = 0; k < u.size(); ++k) {
+            const bool dash = k == 8 || k == 13 || k == 18 || k == 23;
+            EXPECT_TRUE(dash ? u[k] == '-' : std::isxdigit(u[k]) && !std::isupper(u[k])) << u;
+        }
+        EXPECT_EQ(u[14], '4') << u;
+        EXPECT_NE(std::string("89ab").find(u[19]), std::string::npos) << u;
+        seen.insert(u);
+    }
+    EXPECT_EQ(seen.size(), 1000u);
+
+    EXPECT_TRUE(velmar::crypto::RandomUtils::nextBytes(0).empty());
+    auto a = velmar::crypto::RandomUtils::nextBytes(64);
+    auto b = velmar::crypto::RandomUtils::nextBytes(64);
+    ASSERT_EQ(a.size(), 64u);
     EXPECT_NE(a, b);
-    EXPECT_EQ(a[14], '4');
-    EXPECT_NE(std::string("89ab").find(a[19]), std::string::npos);
-    for (char c : a)
-        EXPECT_TRUE(c == '-' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'));
+    EXPECT_EQ(velmar::crypto::RandomUtils::nextBytes(1 << 20).size(), 1u << 20);
+
+    const long long now = TimeUtils::currentTimeMillis();
+    EXPECT_NEAR(static_cast<double>(now), static_cast<double>(time(nullptr)) * 1000.0, 2000.0);
 }
 
 }  // namespace

@@ -1,27 +1,41 @@
 // The Linux port's transport against the local cloud: wire form, faults,
-// TLS trust, reuse and the resolver-list overload.
+// the size cap, TLS trust, connection reuse, pinned names and the
+// resolver-list overload.
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
 #include <stdlib.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <chrono>
+#include <thread>
 
 #include "CloudFixture.h"
 #include "velmar/http/HTTPRequest.h"
 
+using quilcloud::Received;
+using quilcloud::Reply;
+using quilcloud::Scripted;
 using velmar::http::HTTPRequest;
 namespace utils = velmar::utils;
+using Clock = std::chrono::steady_clock;
 
 namespace {
+
+constexpr size_t kCap = 8 * 1024 * 1024;
 
 struct Result {
     bool ok = false;
     int status = -1;
-    std::string body;
-    utils::ErrorType error = utils::ERROR_NONE;
-    std::string message;
+    std::string body = "stale";
+    utils::ErrorType error = utils::ERROR_GENERAL;
+    std::string message = "stale";
 };
 
 Result call(const std::string& base, const std::string& path, const std::string& params,
-            const std::string& method, std::vector<std::string> headers = {},
+            const std::string& method, const std::vector<std::string>& headers = {},
             int timeoutMs = 5000) {
     Result r;
     r.ok = HTTPRequest::httpRequest(r.status, r.body, r.error, r.message, base, path, params,
@@ -29,155 +43,386 @@ Result call(const std::string& base, const std::string& path, const std::string&
     return r;
 }
 
+Result callUrl(const std::string& url, const std::string& params, const std::string& method,
+               const std::string& cookie = "", const std::vector<std::string>& headers = {}) {
+    Result r;
+    r.ok = HTTPRequest::httpRequest(r.status, r.body, r.error, r.message, url, params, method,
+                                    headers, 5000, cookie);
+    return r;
+}
+
+Result callWithResolvers(const std::string& url, const std::string& servers, int timeoutMs = 5000) {
+    Result r;
+    r.ok = HTTPRequest::httpRequest(r.status, r.body, r.error, r.message, url, "", "GET", {},
+                                    timeoutMs, "", servers);
+    return r;
+}
+
+long long millisSince(Clock::time_point start) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
+}
+
+// A loopback socket: a resolver that never answers, or the listening end of
+// a hand-written HTTP server.
+class LoopbackSocket {
+  public:
+    explicit LoopbackSocket(int type) : fd_(socket(AF_INET, type | SOCK_CLOEXEC, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof(address);
+        EXPECT_EQ(bind(fd_, reinterpret_cast<sockaddr*>(&address), length), 0);
+        EXPECT_EQ(getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length), 0);
+        port_ = ntohs(address.sin_port);
+        if (type == SOCK_STREAM) {
+            EXPECT_EQ(listen(fd_, 4), 0);
+        }
+    }
+    ~LoopbackSocket() { close(fd_); }
+    int fd() const { return fd_; }
+    int port() const { return port_; }
+    std::string endpoint() const { return "127.0.0.1:" + std::to_string(port_); }
+    // Datagrams that arrived, without waiting.
+    int pendingDatagrams() const {
+        int count = 0;
+        char buffer[512];
+        while (recv(fd_, buffer, sizeof(buffer), MSG_DONTWAIT) >= 0)
+            ++count;
+        return count;
+    }
+
+  private:
+    int fd_;
+    int port_ = 0;
+};
+
 class HostTransportTest : public velmar::testing::CloudFixture {
   protected:
     void SetUp() override {
         CloudFixture::SetUp();
-        cloud().route("GET", "/echo", [](const quilcloud::Received&, quilcloud::Reply& reply) {
-            reply.json(200, "{\"echo\":true}");
-        });
-        cloud().route("POST", "/echo", [](const quilcloud::Received&, quilcloud::Reply& reply) {
-            reply.json(201, "{\"posted\":true}");
-        });
+        for (const char* method : {"GET", "POST", "PUT", "DELETE"}) {
+            cloud().route(method, "/echo", [](const Received& r, Reply& reply) {
+                reply.json(200, "{\"method\":\"" + r.method + "\"}");
+            });
+        }
     }
+    void TearDown() override {
+        unsetenv("VELMAR_RESOLVE");
+        unsetenv("VELMAR_DNS_SERVERS");
+        CloudFixture::TearDown();
+    }
+    std::string port() { return std::to_string(cloud().port()); }
 };
 
-TEST_F(HostTransportTest, PlacesParametersCookiesAndPathAsTheWireFormSays) {
-    const std::string params = HTTPRequest::encodeHTTPParams({{"a", "1 2"}, {"b", "x&y"}});
-    Result get = call(baseUrl() + "/", "/echo", params, "GET",
-                      {HTTPRequest::buildCookieHeader({{"k", "v"}, {"n", "2"}}), ""});
+TEST_F(HostTransportTest, ParametersHeadersAndPathsTakeTheirWireForm) {
+    const std::string params = HTTPRequest::encodeHTTPParams({{"a", "1 2"}, {"b", "x&y=z"}});
+    const std::string cookie = HTTPRequest::buildCookieHeader({{"k", "v"}, {"sn", "4417/2026"}});
+    Result get = call(baseUrl() + "//", "//echo", params, "GET", {cookie, "", "X-Tag: t1"});
     ASSERT_TRUE(get.ok) << get.message;
     EXPECT_EQ(get.status, 200);
-    EXPECT_EQ(get.body, "{\"echo\":true}");
-
+    EXPECT_EQ(get.body, "{\"method\":\"GET\"}");
+    EXPECT_EQ(get.error, utils::ERROR_NONE);
+    EXPECT_EQ(get.message, "");
     Result post = call(baseUrl(), "echo", params, "POST");
     ASSERT_TRUE(post.ok) << post.message;
-    EXPECT_EQ(post.status, 201);
-
-    auto received = cloud().received("/echo");
-    ASSERT_EQ(received.size(), 2u);
-    EXPECT_EQ(received[0].method, "GET");
-    EXPECT_EQ(received[0].query, params);
-    EXPECT_EQ(received[0].body, "");
-    EXPECT_EQ(received[0].cookies.at("k"), "v");
-    EXPECT_EQ(received[0].cookies.at("n"), "2");
-    EXPECT_EQ(received[1].method, "POST");
-    EXPECT_EQ(received[1].query, "");
-    EXPECT_EQ(received[1].body, params);
-    EXPECT_EQ(received[1].param("b"), "x&y");
-    EXPECT_NE(received[1].header("content-type").find("application/x-www-form-urlencoded"),
-              std::string::npos);
-
-    // Multi-valued form fields: every value its own pair.
     Result form;
-    form.ok =
-        HTTPRequest::httpRequest(form.status, form.body, form.error, form.message, baseUrl(),
-                                 "/echo", {{"id", {"1", "2"}}, {"p", {"a b"}}}, "POST", {}, 5000);
+    form.ok = HTTPRequest::httpRequest(form.status, form.body, form.error, form.message, baseUrl(),
+                                       "/echo", {{"id", {"1", "2"}}, {"p", {"a b"}}, {"q", {}}},
+                                       "POST", {}, 5000);
     ASSERT_TRUE(form.ok) << form.message;
-    EXPECT_EQ(cloud().received("/echo").back().body, "id=1&id=2&p=a%20b");
+    // The full-URL overload: a URL with a query of its own, and the cookie argument.
+    ASSERT_TRUE(callUrl(baseUrl() + "/echo?fixed=1", params, "GET", "deviceId=7300; n=1").ok);
+    ASSERT_TRUE(callUrl(baseUrl() + "/echo", "", "GET").ok);
+    ASSERT_TRUE(callUrl(baseUrl() + "/echo", params, "PUT").ok);
+    // A handle that just sent a body must send none with the next GET.
+    ASSERT_TRUE(callUrl(baseUrl() + "/echo", "", "GET").ok);
 
-    // Any status is an answer; only the exchange failing is a failure.
-    cloud().script("/echo", quilcloud::Scripted::answer(503, "busy"));
+    auto r = cloud().received("/echo");
+    ASSERT_EQ(r.size(), 7u);
+    EXPECT_EQ(r[0].method, "GET");
+    EXPECT_EQ(r[0].query, params);
+    EXPECT_EQ(r[0].body, "");
+    EXPECT_EQ(r[0].param("b"), "x&y=z");
+    EXPECT_EQ(r[0].cookies.at("sn"), "4417/2026");
+    EXPECT_EQ(r[0].header("x-tag"), "t1");
+
+    EXPECT_EQ(r[1].method, "POST");
+    EXPECT_EQ(r[1].query, "");
+    EXPECT_EQ(r[1].body, params);
+    EXPECT_EQ(r[1].header("content-type"), "application/x-www-form-urlencoded");
+
+    EXPECT_EQ(r[2].body, "id=1&id=2&p=a%20b");
+
+    EXPECT_EQ(r[3].query, "fixed=1&" + params);
+    EXPECT_EQ(r[3].header("cookie"), "deviceId=7300; n=1");
+    EXPECT_EQ(r[4].query, "") << "no parameters, no query";
+    EXPECT_EQ(r[4].header("cookie"), "");
+    EXPECT_EQ(r[5].method, "PUT");
+    EXPECT_EQ(r[5].body, params);
+    EXPECT_EQ(r[6].method, "GET");
+    EXPECT_EQ(r[6].body, "");
+    EXPECT_EQ(r[6].header("content-length"), "");
+
+    // Any status is an answer, its body included.
+    cloud().script("/echo", Scripted::answer(503, "{\"busy\":1}"));
     Result busy = call(baseUrl(), "/echo", "", "GET");
     EXPECT_TRUE(busy.ok);
     EXPECT_EQ(busy.status, 503);
-    EXPECT_EQ(busy.body, "busy");
+    EXPECT_EQ(busy.body, "{\"busy\":1}");
+    EXPECT_EQ(busy.error, utils::ERROR_NONE);
+
+    // What would split the request line or a header is refused before sending.
+    cloud().clearReceived();
+    for (const Result& bad :
+         {call(baseUrl(), "/echo", "", "GET\r\nX-Evil: 1"), call(baseUrl(), "/echo", "", ""),
+          call(baseUrl(), "/echo", "", "GET", {"X-A: 1\r\nX-Evil: 1"}),
+          callUrl(baseUrl() + "/echo", "", "GET", "a=1\r\nX-Evil: 1")}) {
+        EXPECT_FALSE(bad.ok);
+        EXPECT_EQ(bad.error, utils::ERROR_HTTP_INIT) << bad.message;
+        EXPECT_EQ(bad.status, 0);
+        EXPECT_EQ(bad.body, "");
+    }
+    EXPECT_TRUE(cloud().received().empty());
 }
 
-TEST_F(HostTransportTest, FaultsEndAsClearTransportFailures) {
-    cloud().script("/slow", quilcloud::Scripted::delay(3000));
-    auto start = std::chrono::steady_clock::now();
-    Result slow = call(baseUrl(), "/slow", "", "GET", {}, 300);
-    auto took = std::chrono::steady_clock::now() - start;
+TEST_F(HostTransportTest, FaultsEndAsTransportFailuresWithTheirCause) {
+    cloud().script("/slow", Scripted::delay(3000));
+    auto start = Clock::now();
+    Result slow = call(baseUrl(), "/slow", "", "GET", {}, 400);
     EXPECT_FALSE(slow.ok);
     EXPECT_EQ(slow.error, utils::ERROR_HTTP_TIMEOUT) << slow.message;
-    EXPECT_LT(took, std::chrono::milliseconds(2000));
+    EXPECT_GE(millisSince(start), 380);
+    EXPECT_LT(millisSince(start), 1500);
+    EXPECT_EQ(slow.message.rfind("timed out: ", 0), 0u) << slow.message;
+    EXPECT_EQ(slow.body, "");
 
-    cloud().script("/reset", quilcloud::Scripted::reset());
+    cloud().script("/reset", Scripted::reset());
     Result reset = call(baseUrl(), "/reset", "", "GET");
     EXPECT_FALSE(reset.ok);
-    EXPECT_NE(reset.error, utils::ERROR_NONE);
-    EXPECT_FALSE(reset.message.empty());
+    EXPECT_EQ(reset.error, utils::ERROR_HTTP_FAILED) << reset.message;
+    EXPECT_EQ(reset.message.rfind("transfer failed: ", 0), 0u) << reset.message;
 
-    cloud().script("/cut", quilcloud::Scripted::truncate(std::string(1000, 'x')));
+    cloud().script("/cut", Scripted::truncate(std::string(1000, 'x')));
     Result cut = call(baseUrl(), "/cut", "", "GET");
     EXPECT_FALSE(cut.ok);
-    EXPECT_EQ(cut.body, "");
-    EXPECT_NE(cut.message.find("transfer closed"), std::string::npos) << cut.message;
+    EXPECT_EQ(cut.error, utils::ERROR_HTTP_FAILED);
+    EXPECT_EQ(cut.body, "") << "half a body is no answer";
+    EXPECT_NE(cut.message.find("transfer closed with 500 bytes remaining"), std::string::npos)
+        << cut.message;
 
-    cloud().script("/big", quilcloud::Scripted::oversize(9u * 1024 * 1024));
-    Result big = call(baseUrl(), "/big", "", "GET");
+    Result nowhere = call("http://127.0.0.1:1", "/", "", "GET");
+    EXPECT_FALSE(nowhere.ok);
+    EXPECT_EQ(nowhere.status, 0);
+    EXPECT_EQ(nowhere.error, utils::ERROR_HTTP_CONNECT) << nowhere.message;
+    EXPECT_NE(nowhere.message.find("127.0.0.1"), std::string::npos) << nowhere.message;
+
+    // The pooled handle that saw all of this still serves a plain call.
+    Result after = call(baseUrl(), "/echo", "", "GET");
+    EXPECT_TRUE(after.ok) << after.message;
+    EXPECT_EQ(after.body, "{\"method\":\"GET\"}");
+}
+
+TEST_F(HostTransportTest, AnswersBeyondTheCapAreRefusedWithoutBeingBuffered) {
+    cloud().script("/exact", Scripted::oversize(kCap));
+    Result exact = call(baseUrl(), "/exact", "", "GET", {}, 20000);
+    ASSERT_TRUE(exact.ok) << exact.message;
+    EXPECT_EQ(exact.body.size(), kCap) << "the cap itself is allowed";
+
+    cloud().script("/big", Scripted::oversize(kCap + 1));
+    Result big = call(baseUrl(), "/big", "", "GET", {}, 20000);
     EXPECT_FALSE(big.ok);
     EXPECT_EQ(big.error, utils::ERROR_HTTP_TOO_LARGE) << big.message;
     EXPECT_EQ(big.body, "");
 
-    Result nowhere = call("http://127.0.0.1:9", "/", "", "GET");
-    EXPECT_FALSE(nowhere.ok);
-    EXPECT_EQ(nowhere.error, utils::ERROR_HTTP_CONNECT) << nowhere.message;
+    // Without a length announced, the cap is enforced as the body arrives.
+    LoopbackSocket server(SOCK_STREAM);
+    std::atomic<size_t> sent{0};
+    std::thread serve([&] {
+        int client = accept(server.fd(), nullptr, nullptr);
+        ASSERT_GE(client, 0);
+        char request[4096];
+        ASSERT_GT(recv(client, request, sizeof(request), 0), 0);
+        const std::string head = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+        send(client, head.data(), head.size(), MSG_NOSIGNAL);
+        const std::string chunk = "10000\r\n" + std::string(0x10000, 'y') + "\r\n";
+        while (sent < 4 * kCap && send(client, chunk.data(), chunk.size(), MSG_NOSIGNAL) > 0)
+            sent += 0x10000;
+        close(client);
+    });
+    Result chunked = call("http://" + server.endpoint(), "/", "", "GET", {}, 20000);
+    serve.join();
+    EXPECT_FALSE(chunked.ok);
+    EXPECT_EQ(chunked.error, utils::ERROR_HTTP_TOO_LARGE) << chunked.message;
+    EXPECT_EQ(chunked.body, "");
+    EXPECT_LT(sent.load(), 4 * kCap) << "the client stopped reading";
 }
 
-TEST_F(HostTransportTest, ConnectionsAreReusedBetweenCalls) {
+TEST_F(HostTransportTest, ConnectionsAreReusedAcrossCallsAndThreads) {
     cloud().clearReceived();
     for (int i = 0; i < 10; ++i)
-        ASSERT_TRUE(call(baseUrl(), "/echo", "", "GET").ok);
-    EXPECT_LT(cloud().connectionCount(), 10);
+        ASSERT_TRUE(call(baseUrl(), "/echo", "i=" + std::to_string(i), "POST").ok);
+    EXPECT_EQ(cloud().connectionCount(), 1);
+
+    cloud().clearReceived();
+    std::atomic<int> failures{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 15; ++i) {
+                Result r = call(baseUrl(), "/echo", "", i % 2 ? "GET" : "POST");
+                if (!r.ok || r.status != 200) ++failures;
+            }
+        });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(failures.load(), 0);
+    EXPECT_EQ(cloud().received("/echo").size(), 60u);
+    EXPECT_LE(cloud().connectionCount(), 8);
 }
 
-TEST_F(HostTransportTest, PinnedNamesAndTheResolverListReachLoopback) {
-    const std::string port = std::to_string(cloud().port());
-    setenv("VELMAR_RESOLVE", ("quil.test:" + port + ":127.0.0.1").c_str(), 1);
-    Result pinned = call("http://quil.test:" + port, "/echo", "", "GET");
-    unsetenv("VELMAR_RESOLVE");
-    EXPECT_TRUE(pinned.ok) << pinned.message;
+TEST_F(HostTransportTest, PinnedNamesFollowTheEnvironment) {
+    const std::string url = "http://quil.test:" + port();
+    setenv("VELMAR_RESOLVE", ("other.test:1:127.0.0.9, quil.test:" + port() + ":127.0.0.1").c_str(),
+           1);
+    Result pinned = call(url, "/echo", "", "GET");
+    ASSERT_TRUE(pinned.ok) << pinned.message;
+    EXPECT_EQ(cloud().received("/echo").back().header("host"), "quil.test:" + port());
+
+    // A new address takes effect at once, even with a connection still open
+    // to the old one (the cloud listens on 127.0.0.1 only).
+    setenv("VELMAR_RESOLVE", ("quil.test:" + port() + ":127.0.0.2").c_str(), 1);
+    Result moved = call(url, "/echo", "", "GET");
+    EXPECT_FALSE(moved.ok);
+    EXPECT_EQ(moved.error, utils::ERROR_HTTP_CONNECT) << moved.message;
+
+    setenv("VELMAR_RESOLVE", ("quil.test:" + port() + ":127.0.0.1").c_str(), 1);
+    EXPECT_TRUE(call(url, "/echo", "", "GET").ok);
 }
 
-class HostResolverTest : public velmar::testing::CloudFixture {
+class HostResolverTest : public HostTransportTest {
   protected:
     int dnsPort() const override { return 0; }
 };
 
-TEST_F(HostResolverTest, ResolverListOverloadAsksTheGivenResolvers) {
-    cloud().route("GET", "/up", [](const quilcloud::Received&, quilcloud::Reply& reply) {
-        reply.json(200, "{}");
-    });
-    const std::string url = "http://upgrade.quil.test:" + std::to_string(cloud().port()) + "/up";
-    std::vector<std::string> none;
-    Result r;
-    r.ok = HTTPRequest::httpRequest(r.status, r.body, r.error, r.message, url, "", "GET", none,
-                                    5000, "", cloud().dnsServers());
+TEST_F(HostResolverTest, ResolverListAnswersPinTheHostForThatCallOnly) {
+    const std::string url = "http://api.quil.test:" + port() + "/echo";
+    // What a plain call would use for the name: nothing listens there.
+    setenv("VELMAR_RESOLVE", ("api.quil.test:" + port() + ":127.0.0.2").c_str(), 1);
+
+    Result r = callWithResolvers(url, cloud().dnsServers());
     ASSERT_TRUE(r.ok) << r.message;
-    auto asked = cloud().dnsQueries();
-    ASSERT_FALSE(asked.empty());
-    EXPECT_EQ(asked.back(), "upgrade.quil.test");
+    EXPECT_EQ(r.body, "{\"method\":\"GET\"}");
+    ASSERT_FALSE(cloud().dnsQueries().empty());
+    EXPECT_EQ(cloud().dnsQueries().back(), "api.quil.test");
+    EXPECT_EQ(cloud().received("/echo").back().header("host"), "api.quil.test:" + port());
 
-    // The override replaces a caller's list, which is never contacted.
-    setenv("VELMAR_DNS_SERVERS", cloud().dnsServers().c_str(), 1);
-    r.ok = HTTPRequest::httpRequest(r.status, r.body, r.error, r.message, url, "", "GET", none,
-                                    5000, "", "192.0.2.1");
-    unsetenv("VELMAR_DNS_SERVERS");
-    EXPECT_TRUE(r.ok) << r.message;
+    Result plain = call(url, "", "", "GET");
+    EXPECT_FALSE(plain.ok) << "the resolver's answer outlived its call";
+    EXPECT_EQ(plain.error, utils::ERROR_HTTP_CONNECT) << plain.message;
 
-    // A resolver that never answers ends in a resolve failure within the time-out.
-    r.ok = HTTPRequest::httpRequest(r.status, r.body, r.error, r.message, url, "", "GET", none, 300,
-                                    "", "127.0.0.1:9");
-    EXPECT_FALSE(r.ok);
-    EXPECT_EQ(r.error, utils::ERROR_HTTP_RESOLVE) << r.message;
+    // The answer is what is used.
+    cloud().setDnsAnswer("api.quil.test", "127.0.0.3");
+    Result elsewhere = callWithResolvers(url, cloud().dnsServers());
+    EXPECT_FALSE(elsewhere.ok);
+    EXPECT_EQ(elsewhere.error, utils::ERROR_HTTP_CONNECT) << elsewhere.message;
+    cloud().setDnsAnswer("api.quil.test", "127.0.0.1");
 }
 
-class HostTlsTest : public velmar::testing::TlsCloudFixture {};
+TEST_F(HostResolverTest, TheEnvironmentsResolversReplaceTheCallersAndLiteralsNeedNone) {
+    LoopbackSocket silent(SOCK_DGRAM);  // must never be asked
+    const std::string url = "http://api.quil.test:" + port() + "/echo";
 
-TEST_F(HostTlsTest, HttpsIsTrustedOnlyThroughTheConfiguredAuthority) {
-    std::string body, message;
-    int status = 0;
-    utils::ErrorType error = utils::ERROR_NONE;
-    EXPECT_TRUE(HTTPRequest::httpRequest(status, body, error, message, baseUrl(), "/device/nowhere",
-                                         "", "GET", {}, 5000))
-        << message;
-    EXPECT_EQ(status, 404);
+    setenv("VELMAR_DNS_SERVERS", cloud().dnsServers().c_str(), 1);
+    Result r = callWithResolvers(url, silent.endpoint());
+    EXPECT_TRUE(r.ok) << r.message;
+    unsetenv("VELMAR_DNS_SERVERS");
+
+    const size_t asked = cloud().dnsQueries().size();
+    r = callWithResolvers(baseUrl() + "/echo", silent.endpoint());
+    EXPECT_TRUE(r.ok) << r.message;
+    r = callWithResolvers("http://[::1]:1/", silent.endpoint());
+    EXPECT_EQ(r.error, utils::ERROR_HTTP_CONNECT) << r.message;
+    EXPECT_EQ(cloud().dnsQueries().size(), asked);
+    EXPECT_EQ(silent.pendingDatagrams(), 0);
+}
+
+TEST_F(HostResolverTest, ResolverFailuresAreResolveErrorsWithinTheTimeOut) {
+    const std::string url = "http://api.quil.test:" + port() + "/echo";
+    LoopbackSocket silent(SOCK_DGRAM);
+    auto start = Clock::now();
+    Result r = callWithResolvers(url, silent.endpoint(), 400);
+    EXPECT_FALSE(r.ok);
+    EXPECT_EQ(r.error, utils::ERROR_HTTP_RESOLVE) << r.message;
+    EXPECT_EQ(r.status, 0);
+    EXPECT_GE(millisSince(start), 380);
+    EXPECT_LT(millisSince(start), 1500);
+    EXPECT_NE(r.message.find("api.quil.test"), std::string::npos) << r.message;
+    EXPECT_GT(silent.pendingDatagrams(), 0) << "the given resolver was the one asked";
+
+    r = callWithResolvers(url, "not-a-resolver");
+    EXPECT_FALSE(r.ok);
+    EXPECT_EQ(r.error, utils::ERROR_HTTP_RESOLVE);
+    EXPECT_NE(r.message.find("bad resolver list"), std::string::npos) << r.message;
+
+    // The time spent resolving counts against the call's time-out.
+    cloud().script("/echo", Scripted::delay(3000));
+    start = Clock::now();
+    r = callWithResolvers(url, cloud().dnsServers(), 400);
+    EXPECT_EQ(r.error, utils::ERROR_HTTP_TIMEOUT) << r.message;
+    EXPECT_LT(millisSince(start), 1500);
+}
+
+class HostTlsTest : public velmar::testing::TlsCloudFixture {
+  protected:
+    void TearDown() override {
+        unsetenv("VELMAR_RESOLVE");
+        TlsCloudFixture::TearDown();
+    }
+};
+
+TEST_F(HostTlsTest, HttpsIsTrustedThroughTheConfiguredAuthorityOnly) {
+    cloud().route("GET", "/t", [](const Received&, Reply& reply) { reply.json(200, "{}"); });
+    cloud().clearReceived();
+    for (int i = 0; i < 5; ++i) {
+        Result r = call(baseUrl(), "/t", "", "GET");
+        ASSERT_TRUE(r.ok) << r.message;
+        EXPECT_EQ(r.status, 200);
+    }
+    EXPECT_EQ(cloud().connectionCount(), 1);
+
+    // The certificate's names are checked, not only its signature.
+    const std::string port = std::to_string(cloud().port());
+    setenv("VELMAR_RESOLVE", ("quil.test:" + port + ":127.0.0.1").c_str(), 1);
+    Result wrongName = call("https://quil.test:" + port, "/t", "", "GET");
+    EXPECT_FALSE(wrongName.ok);
+    EXPECT_EQ(wrongName.error, utils::ERROR_HTTP_TLS) << wrongName.message;
+
+    const std::string caFile = cloud().caFile();
     unsetenv("VELMAR_CA_FILE");
-    EXPECT_FALSE(HTTPRequest::httpRequest(status, body, error, message, baseUrl(),
-                                          "/device/nowhere", "", "GET", {}, 5000));
-    EXPECT_EQ(error, utils::ERROR_HTTP_TLS) << message;
+    Result untrusted = call(baseUrl(), "/t", "", "GET");
+    EXPECT_FALSE(untrusted.ok);
+    EXPECT_EQ(untrusted.error, utils::ERROR_HTTP_TLS) << untrusted.message;
+    EXPECT_EQ(untrusted.message.rfind("TLS failed: ", 0), 0u) << untrusted.message;
+
+    setenv("VELMAR_CA_FILE", (root() / "no-such-ca.pem").c_str(), 1);
+    Result missing = call(baseUrl(), "/t", "", "GET");
+    EXPECT_EQ(missing.error, utils::ERROR_HTTP_TLS);
+    EXPECT_NE(missing.message.find("VELMAR_CA_FILE"), std::string::npos) << missing.message;
+    Result plain = call("http://127.0.0.1:1", "/", "", "GET");
+    EXPECT_EQ(plain.error, utils::ERROR_HTTP_CONNECT) << "plain HTTP needs no CA bundle";
+
+    // Another run's authority does not vouch for this one.
+    quilcloud::Cloud::Options options;
+    options.tls = true;
+    quilcloud::Cloud other(options);
+    ASSERT_TRUE(other.start()) << other.error();
+    setenv("VELMAR_CA_FILE", other.caFile().c_str(), 1);
+    EXPECT_EQ(call(baseUrl(), "/t", "", "GET").error, utils::ERROR_HTTP_TLS);
+    EXPECT_TRUE(call(other.baseUrl(), "/t", "", "GET").ok);
+
+    setenv("VELMAR_CA_FILE", caFile.c_str(), 1);
+    EXPECT_TRUE(call(baseUrl(), "/t", "", "GET").ok);
 }
 
 }  // namespace
