@@ -40,41 +40,26 @@ TEST_F(AdminStatusTest, UnchangedAdministratorRunsNothing) {
     EXPECT_EQ(fake::calls().at(0).baseUrl, kBase);
     EXPECT_TRUE(fake::loggedExactly("admin user id not changed: 52001", 2));
     EXPECT_TRUE(calls().empty());
-
-    // Nothing stored and nobody in the cloud is unchanged too.
-    fake::clearDeviceValue("uid");
-    cloudAdmin(-1);
-    EXPECT_TRUE(QuilConfigUtils::syncAdminStatus(false));
-    EXPECT_TRUE(fake::loggedExactly("admin user id not changed: -1", 2));
-    EXPECT_TRUE(calls().empty());
 }
 
-TEST_F(AdminStatusTest, NewAdministratorBindsAndIsStored) {
+TEST_F(AdminStatusTest, BindingChangingAndUnbindingRunTheirActions) {
     cloudAdmin(52001);
+    cloudAdmin(60002);
+    cloudAdmin(-1);
     EXPECT_TRUE(QuilConfigUtils::syncAdminStatus(false));
     EXPECT_TRUE(fake::loggedExactly(
         "admin user id changed(admin user id: 52001, old admin user id: -1)", 2));
     EXPECT_TRUE(fake::loggedExactly("device bind, will invoke bind_device.sh", 2));
-    EXPECT_EQ(calls(), (std::vector<std::string>{"bind_uid()", "uid_set(52001)"}));
-
-    // Another administrator binds again.
-    cloudAdmin(60002);
     EXPECT_TRUE(QuilConfigUtils::syncAdminStatus(false));
     EXPECT_TRUE(fake::loggedExactly(
         "admin user id changed(admin user id: 60002, old admin user id: 52001)", 2));
-    EXPECT_EQ(calls(), (std::vector<std::string>{"bind_uid()", "uid_set(52001)", "bind_uid()",
-                                                 "uid_set(60002)"}));
-    EXPECT_EQ(fake::deviceValue("uid"), "60002");
-}
-
-TEST_F(AdminStatusTest, AdministratorGoneRestoresAndStoresMinusOne) {
-    fake::setDeviceValue("uid", "52001");
-    cloudAdmin(-1);
     EXPECT_TRUE(QuilConfigUtils::syncAdminStatus(false));
     EXPECT_TRUE(fake::loggedExactly(
-        "admin user id changed(admin user id: -1, old admin user id: 52001)", 2));
+        "admin user id changed(admin user id: -1, old admin user id: 60002)", 2));
     EXPECT_TRUE(fake::loggedExactly("device unbind, will invoke bind_device.sh", 2));
-    EXPECT_EQ(calls(), (std::vector<std::string>{"dev_restore()", "uid_set(-1)"}));
+    EXPECT_EQ(calls(),
+              (std::vector<std::string>{"bind_uid()", "uid_set(52001)", "bind_uid()",
+                                        "uid_set(60002)", "dev_restore()", "uid_set(-1)"}));
     EXPECT_EQ(fake::deviceValue("uid"), "-1");
 }
 
