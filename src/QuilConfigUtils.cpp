@@ -4,7 +4,10 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "api/ConfiguredService.h"
 #include "velmar/device/DeviceInfo.h"
+#include "velmar/quil/api/DeviceAPI.h"
+#include "velmar/utils/ConfigFile.h"
 #include "velmar/utils/Logging.h"
 #include "velmar/utils/StringUtils.h"
 
@@ -188,6 +191,11 @@ bool QuilConfigUtils::setBrokerAddress(const std::string& host, int port) {
     char buffer[kPortSize];
     std::snprintf(buffer, sizeof(buffer), "%d", port);
     return broker_port_set(buffer) == 0;
+}
+
+void QuilConfigUtils::keepAliveKeyGet(std::string& key) {
+    api::DeviceAPI::keepAliveKeyGet(key,
+                                    api::detail::configuredUrl(utils::ConfigFile::sQuilAPIURL));
 }
 
 }  // namespace quil

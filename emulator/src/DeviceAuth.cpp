@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <random>
 
 namespace quilcloud {
 
@@ -21,6 +22,15 @@ std::string deviceTokenFor(const std::string& channelSecret, const std::string& 
     unsigned char encoded[4 * ((EVP_MAX_MD_SIZE + 2) / 3) + 1];
     int length = EVP_EncodeBlock(encoded, digest, static_cast<int>(size));
     return std::string(reinterpret_cast<char*>(encoded), static_cast<size_t>(length));
+}
+
+std::string freshToken(const std::string& prefix) {
+    static thread_local std::mt19937_64 generator{std::random_device{}()};
+    static const char digits[] = "0123456789abcdef";
+    std::string token = prefix;
+    for (int i = 0; i < 32; ++i)
+        token += digits[generator() % 16];
+    return token;
 }
 
 std::string jsonEscape(const std::string& text) {

@@ -13,6 +13,9 @@ namespace quilcloud {
 std::string deviceTokenFor(const std::string& channelSecret, const std::string& deviceId,
                            const std::string& nonce);
 
+// A credential the cloud issues: `prefix` and 32 random hex digits.
+std::string freshToken(const std::string& prefix);
+
 // The device that signed `request`, or nothing, with `reply` already set to
 // the refusal (401 for a bad signature or unknown device, 400 for a missing
 // request ID) the way the real service refuses.

@@ -1,5 +1,6 @@
 // quil-cloud: the local cloud as a process, for the demo and for trying the
 // library by hand. Listens on loopback only and runs until SIGINT or SIGTERM.
+#include <httplib.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -17,6 +18,9 @@ namespace {
 
 const char kUsage[] =
     "usage: quil-cloud [options]\n"
+    "       quil-cloud control [--ca FILE] URL [KEY=VALUE...]\n"
+    "                       post the fields to a running cloud's control route\n"
+    "                       (e.g. BASE/quil-cloud/super_admin deviceId=ID userId=N)\n"
     "  --bind ADDR          loopback address to listen on (default 127.0.0.1)\n"
     "  --port N             HTTP(S) port (default 0: any free port)\n"
     "  --tls                serve HTTPS with a certificate authority made for the run\n"
@@ -67,9 +71,55 @@ bool writeReadyFile(const std::string& path, const quilcloud::Cloud& cloud) {
     return std::rename(temporary.c_str(), path.c_str()) == 0;
 }
 
+bool isLoopback(const std::string& host) {
+    return host == "localhost" || host == "[::1]" || host.rfind("127.", 0) == 0;
+}
+
+// `quil-cloud control`: one form POST to a cloud on loopback; prints the
+// answer and succeeds on a 2xx status.
+int control(int argc, char** argv) {
+    int i = 2;
+    std::string caFile;
+    if (i + 1 < argc && std::strcmp(argv[i], "--ca") == 0) {
+        caFile = argv[i + 1];
+        i += 2;
+    }
+    if (i >= argc) {
+        std::cerr << kUsage;
+        return 2;
+    }
+    const std::string url = argv[i++];
+    const size_t hostStart = url.find("://");
+    const size_t pathStart =
+        hostStart == std::string::npos ? hostStart : url.find('/', hostStart + 3);
+    const std::string origin = url.substr(0, pathStart);
+    std::string host = hostStart == std::string::npos ? "" : origin.substr(hostStart + 3);
+    host = host.substr(0, host[0] == '[' ? host.find(']') + 1 : host.rfind(':'));
+    if (!isLoopback(host)) {
+        std::cerr << "quil-cloud control: not a loopback URL: " << url << "\n";
+        return 2;
+    }
+    httplib::Params fields;
+    for (; i < argc; ++i) {
+        const std::string field = argv[i];
+        const size_t eq = field.find('=');
+        fields.emplace(field.substr(0, eq), eq == std::string::npos ? "" : field.substr(eq + 1));
+    }
+    httplib::Client client(origin);
+    if (!caFile.empty()) client.set_ca_cert_path(caFile.c_str());
+    auto result = client.Post(pathStart == std::string::npos ? "/" : url.substr(pathStart), fields);
+    if (!result) {
+        std::cerr << "quil-cloud control: " << httplib::to_string(result.error()) << "\n";
+        return 1;
+    }
+    std::cout << result->body << std::endl;
+    return result->status / 100 == 2 ? 0 : 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && std::strcmp(argv[1], "control") == 0) return control(argc, argv);
     quilcloud::Cloud::Options options;
     std::string readyFile;
     bool verbose = false;

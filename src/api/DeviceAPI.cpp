@@ -18,6 +18,8 @@ namespace quil {
 namespace api {
 
 using http::HTTPRequest;
+using json::JSONUtils;
+using utils::ERROR_GENERAL;
 using utils::ERROR_HTTP_FAILED;
 using utils::ERROR_NONE;
 using utils::UUIDUtils;
@@ -51,6 +53,14 @@ bool signNonce(std::string& out, const std::string& deviceId, const std::string&
         return false;
     }
     return crypto::BaseEncoding::encodeB64(out, mac->data, mac->len);
+}
+
+// The signed request with its failure logged.
+ErrorType sendLogged(std::string& response, const std::string& baseUrl, const std::string& path,
+                     const std::string& method, const detail::Params& params) {
+    ErrorType result = detail::sendSigned(response, baseUrl, path, method, params);
+    if (result != ERROR_NONE) VLOG(4) << "request failed: " << result;
+    return result;
 }
 
 }  // namespace
@@ -114,6 +124,99 @@ ErrorType DeviceAPI::request(std::string& response, const std::string& baseUrl,
                              const std::map<std::string, std::string>& params) {
     int httpStatus = -1;
     return request(response, httpStatus, baseUrl, path, method, params);
+}
+
+ErrorType DeviceAPI::checkRegistrationStatus(std::string& status, const std::string& baseUrl) {
+    static const std::string path("/brokerlist/check_registration_status");
+    const std::string method("POST");
+    detail::Params params;
+    std::string deviceId;
+    QuilConfigUtils::getDeviceID(deviceId);
+    params["deviceId"] = deviceId;
+    std::string secret;
+    QuilConfigUtils::getChannelSecret(secret);
+    const std::string nonce = UUIDUtils::generate();
+    params["nonce"] = nonce;
+    std::string signature;
+    if (!signNonce(signature, deviceId, nonce, secret)) return ERROR_GENERAL;
+    params["hash_algorithm"] = "SHA256";
+    params["b64Sign"] = signature;
+
+    // No request ID and no cookies: the device may not hold a token yet.
+    int httpStatus = -1;
+    std::string response;
+    ErrorType error = ERROR_NONE;
+    std::string errorMessage;
+    if (!HTTPRequest::httpRequest(httpStatus, response, error, errorMessage, baseUrl, path,
+                                  HTTPRequest::encodeHTTPParams(params), method, {}, kTimeoutMs)) {
+        return ERROR_HTTP_FAILED;
+    }
+    json::JSONObjectCleaner cleaner;
+    json_object* root = detail::parseAnswer(cleaner, response);
+    long long code = -1;
+    if (root == nullptr || !JSONUtils::getInt(root, "code", code)) {
+        VLOG(4) << "Invalid result: " << response;
+        return ERROR_HTTP_FAILED;
+    }
+    status = code == 0 ? "valid" : "invalid";
+    return ERROR_NONE;
+}
+
+ErrorType DeviceAPI::getSuperAdmin(long long& userId, const std::string& baseUrl, bool master) {
+    static const std::string path("/device/super_admin");
+    const std::string method("GET");
+    detail::Params params;
+    params["master"] = master ? "true" : "false";
+    std::string response;
+    ErrorType result = sendLogged(response, baseUrl, path, method, params);
+    if (result != ERROR_NONE) return result;
+    json::JSONObjectCleaner cleaner;
+    json_object* root = detail::parseAnswer(cleaner, response);
+    // "data" alone tells the administrator, whatever "code" says: the cloud
+    // answers an unbound device with an error code and -1.
+    if (root == nullptr || !JSONUtils::getInt(root, "data", userId)) {
+        VLOG(4) << "Invalid response: " << response;
+        return ERROR_HTTP_FAILED;
+    }
+    return ERROR_NONE;
+}
+
+ErrorType DeviceAPI::requestDeviceTokenV2(std::string& response, const std::string& baseUrl) {
+    static const std::string path("/device_token/v2/renew");
+    const std::string method("POST");
+    detail::Params params;
+    params["hash_algorithm"] = "SHA256";
+    return sendLogged(response, baseUrl, path, method, params);
+}
+
+ErrorType DeviceAPI::requestDeviceTransfer(std::string& response, const std::string& baseUrl) {
+    static const std::string path("/device_token/v2/transfer");
+    const std::string method("POST");
+    detail::Params params;
+    return sendLogged(response, baseUrl, path, method, params);
+}
+
+ErrorType DeviceAPI::keepAliveKeyGet(std::string& key, const std::string& baseUrl) {
+    static const std::string path("/device/low_power_mode/transmission_secret");
+    const std::string method("GET");
+    detail::Params params;
+    std::string hardware;
+    QuilConfigUtils::getHardware(hardware);
+    params["hardware"] = hardware;
+    std::string sn;
+    QuilConfigUtils::getSN(sn);
+    params["sn"] = sn;
+    std::string response;
+    // A failed request leaves the response empty, which the parse refuses.
+    detail::sendSigned(response, baseUrl, path, method, params);
+    json::JSONObjectCleaner cleaner;
+    json_object* root = detail::parseAnswer(cleaner, response);
+    if (root == nullptr) {
+        VLOG(4) << "Invalid response: " << response;
+        return ERROR_HTTP_FAILED;
+    }
+    JSONUtils::getString(root, "data", key);
+    return ERROR_NONE;
 }
 
 }  // namespace api

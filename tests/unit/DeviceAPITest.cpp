@@ -6,9 +6,11 @@
 #include "velmar/crypto/BaseEncoding.h"
 #include "velmar/fake/FakeTest.h"
 #include "velmar/http/HTTPRequest.h"
+#include "velmar/quil/QuilConfigUtils.h"
 #include "velmar/quil/api/PingAPI.h"
 #include "velmar/quil/api/PresenceAPI.h"
 
+using velmar::quil::QuilConfigUtils;
 using velmar::quil::api::DeviceAPI;
 using velmar::quil::api::PingAPI;
 using velmar::quil::api::PresenceAPI;
@@ -194,6 +196,142 @@ TEST_F(DeviceAPITest, EndpointsSendTheirShapeAndEmptyTheResponseOnFailure) {
     response = "stale";
     EXPECT_EQ(PingAPI::pingDevice(response, kBase, "2"), 604);
     EXPECT_EQ(response, "");
+}
+
+TEST_F(DeviceAPITest, RegistrationCheckSignsItselfAndSendsNoCookies) {
+    fake::pushBody("{\"code\":0}");
+    std::string status;
+    ASSERT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 0);
+    EXPECT_EQ(status, "valid");
+
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.overload, fake::Overload::BaseAndPath);
+    EXPECT_EQ(call.path, "/brokerlist/check_registration_status");
+    EXPECT_EQ(call.method, "POST");
+    EXPECT_EQ(call.timeoutMs, 15000);
+    EXPECT_TRUE(call.headers.empty());
+    // The one UUID drawn is the nonce: no request ID goes along.
+    EXPECT_EQ(fake::uuidCount(), 1);
+    const std::string nonce = "00000000-0000-4000-8000-000000000001";
+    const std::map<std::string, std::string> expected{
+        {"b64Sign", expectedToken(std::string(kSecret, 16), "dev-42/" + nonce)},
+        {"deviceId", "dev-42"},
+        {"hash_algorithm", "SHA256"},
+        {"nonce", nonce}};
+    EXPECT_EQ(call.decodedParams(), expected);
+    EXPECT_EQ(fake::liveByteStrings(), 0);
+
+    // Any other code is an invalid registration; a true transport result is
+    // a delivered answer whatever error value came with it.
+    fake::pushBody("{\"code\":-1}");
+    fake::pushAnswer({true, 500, "{\"code\":3}", utils::ERROR_HTTP_TIMEOUT, "late"});
+    ASSERT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 0);
+    EXPECT_EQ(status, "invalid");
+    status = "valid";
+    ASSERT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 0);
+    EXPECT_EQ(status, "invalid");
+}
+
+TEST_F(DeviceAPITest, RegistrationCheckFailures) {
+    std::string status = "before";
+    fake::pushBody("{\"message\":\"ok\"}");
+    EXPECT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 604);
+    EXPECT_TRUE(fake::loggedExactly("Invalid result: {\"message\":\"ok\"}", 4));
+    fake::pushBody("<html>");
+    EXPECT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 604);
+    EXPECT_TRUE(fake::loggedExactly("Invalid result: <html>", 4));
+    EXPECT_EQ(status, "before");
+
+    // A transport failure is reported without a line of its own.
+    const size_t lines = fake::logs().size();
+    fake::pushFailure();
+    EXPECT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 604);
+    EXPECT_EQ(fake::logs().size(), lines);
+
+    // Without a signature nothing is sent.
+    fake::failHmac(true);
+    EXPECT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 101);
+    EXPECT_EQ(fake::calls().size(), 3u);
+    EXPECT_TRUE(fake::loggedExactly("Failed to generate hmac_sha256", 4));
+    EXPECT_EQ(status, "before");
+}
+
+TEST_F(DeviceAPITest, SuperAdminIsTheAnswersDataWhateverItsCode) {
+    long long userId = 0;
+    fake::pushBody("{\"code\":612,\"message\":\"not bound\",\"data\":-1}");
+    ASSERT_EQ(DeviceAPI::getSuperAdmin(userId, kBase, true), 0);
+    EXPECT_EQ(userId, -1);
+    fake::pushBody("{\"code\":0,\"data\":52001}");
+    ASSERT_EQ(DeviceAPI::getSuperAdmin(userId, kBase, false), 0);
+    EXPECT_EQ(userId, 52001);
+    EXPECT_EQ(fake::calls().at(0).method, "GET");
+    EXPECT_EQ(fake::calls().at(0).path, "/device/super_admin");
+    EXPECT_EQ(fake::calls().at(0).decodedParams().at("master"), "true");
+    EXPECT_EQ(fake::calls().at(1).decodedParams().at("master"), "false");
+
+    fake::pushBody("{\"code\":0}");
+    EXPECT_EQ(DeviceAPI::getSuperAdmin(userId, kBase, false), 604);
+    EXPECT_TRUE(fake::loggedExactly("Invalid response: {\"code\":0}", 4));
+    fake::pushFailure();
+    EXPECT_EQ(DeviceAPI::getSuperAdmin(userId, kBase, false), 604);
+    EXPECT_TRUE(
+        fake::loggedExactly("request failed: Error (code: 604, message: " +
+                                utils::ErrorCode::getErrorMessage(utils::ERROR_HTTP_FAILED) + ")",
+                            4));
+    EXPECT_EQ(userId, 52001);
+}
+
+TEST_F(DeviceAPITest, TokenCallsHandBackTheBodyAndEmptyItOnFailure) {
+    fake::pushBody("{\"code\":0,\"data\":{}}");
+    std::string response;
+    ASSERT_EQ(DeviceAPI::requestDeviceTokenV2(response, kBase), 0);
+    EXPECT_EQ(response, "{\"code\":0,\"data\":{}}");
+    const fake::Call& renew = fake::calls().at(0);
+    EXPECT_EQ(renew.method, "POST");
+    EXPECT_EQ(renew.path, "/device_token/v2/renew");
+    EXPECT_EQ(renew.decodedParams().at("hash_algorithm"), "SHA256");
+    EXPECT_EQ(renew.decodedParams().size(), 2u);  // with the request ID
+
+    fake::pushBody("{}");
+    ASSERT_EQ(DeviceAPI::requestDeviceTransfer(response, kBase), 0);
+    const fake::Call& transfer = fake::calls().at(1);
+    EXPECT_EQ(transfer.method, "POST");
+    EXPECT_EQ(transfer.path, "/device_token/v2/transfer");
+    EXPECT_EQ(transfer.decodedParams().size(), 1u);
+
+    fake::pushFailure();
+    EXPECT_EQ(DeviceAPI::requestDeviceTransfer(response, kBase), 604);
+    EXPECT_EQ(response, "");
+    response = "stale";
+    fake::pushFailure();
+    EXPECT_EQ(DeviceAPI::requestDeviceTokenV2(response, kBase), 604);
+    EXPECT_EQ(response, "");
+    EXPECT_TRUE(fake::logged("request failed: Error (code: 604", 4));
+}
+
+TEST_F(DeviceAPITest, KeepAliveKeyIsKeptUnlessTheAnswerCarriesOne) {
+    fake::setDeviceValue("model", "quil.speaker.v2");
+    fake::setConfig("sQuilAPIURL", kBase);
+    std::string key = "old-key";
+    fake::pushBody("{\"code\":0,\"data\":\"k-123\"}");
+    QuilConfigUtils::keepAliveKeyGet(key);
+    EXPECT_EQ(key, "k-123");
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(fake::configOpens().at(0), "/usr/share/quil/messaging/messaging.conf");
+    EXPECT_EQ(call.baseUrl, kBase);
+    EXPECT_EQ(call.method, "GET");
+    EXPECT_EQ(call.path, "/device/low_power_mode/transmission_secret");
+    EXPECT_EQ(call.decodedParams().at("hardware"), "quil.speaker.v2");
+    EXPECT_EQ(call.decodedParams().at("sn"), "SN0001");
+
+    fake::pushBody("{\"code\":5}");
+    EXPECT_EQ(DeviceAPI::keepAliveKeyGet(key, kBase), 0);
+    EXPECT_EQ(key, "k-123");
+    // A failed request leaves nothing to parse.
+    fake::pushFailure();
+    EXPECT_EQ(DeviceAPI::keepAliveKeyGet(key, kBase), 604);
+    EXPECT_TRUE(fake::loggedExactly("Invalid response: ", 4));
+    EXPECT_EQ(key, "k-123");
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // The service-token family: the voice-assistant and messaging-cloud tokens
 // the cloud issues, the IoT-platform session token the device hands over and
 // fetches back, and the linked Tencent account.
-#include <random>
 #include <string>
 
 #include "DeviceAuth.h"
@@ -13,15 +12,6 @@ namespace {
 
 constexpr int kAiTokenSeconds = 7200;
 constexpr int kVeotTokenSeconds = 3600;
-
-std::string freshToken(const std::string& prefix) {
-    static thread_local std::mt19937_64 generator{std::random_device{}()};
-    static const char digits[] = "0123456789abcdef";
-    std::string token = prefix;
-    for (int i = 0; i < 32; ++i)
-        token += digits[generator() % 16];
-    return token;
-}
 
 std::string setting(const Device& device, const std::string& key) {
     auto it = device.settings.find(key);

@@ -51,6 +51,31 @@ class VELMAR_QUIL_EXPORT QuilConfigUtils {
     static bool setDeviceTokenAndSignature(const std::string& token, const std::string& signature);
     static bool setUpgradeCheckDate(const std::string& date);
     static bool setBrokerAddress(const std::string& host, int port);
+
+    // The low-power keep-alive key from the device cloud service named in the
+    // messaging configuration; `key` stays as it was when the call fails.
+    static void keepAliveKeyGet(std::string& key);
+
+    // The voice assistant's service level and the user-experience-plan
+    // switch, kept by the platform's tools. The level getter empties `level`
+    // when the tool fails or prints no JSON; only "preview", "product" and
+    // "preview4test" can be set.
+    static bool getVEBrainLevel(std::string& level);
+    static bool setVEBrainLevel(const std::string& level);
+    static bool getExperiencePlan(bool& enabled);
+    static bool setExperiencePlan(bool enabled);
+
+    // Brings the stored administrator in line with the cloud's, running the
+    // platform's bind or unbind action when it changed. True when the device
+    // agrees with the cloud afterwards; false when the cloud could not be
+    // asked or the new id not stored. Throws as getSuperAdmin does on a
+    // stored id that does not parse.
+    static bool syncAdminStatus(bool master);
+    // Forgets the stored administrator.
+    static bool clearAdminStatus();
+    // Held for the whole of syncAdminStatus (network call included) and of
+    // clearAdminStatus, so that they never interleave.
+    static std::mutex sAdminStatusMutex;
 };
 
 }  // namespace quil

@@ -1,10 +1,12 @@
 // The fake port: every porting-layer function answers from state that the
 // unit tests script through velmar/fake/Fake.h, and records what it was asked.
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <mutex>
+#include <thread>
 
 #include "ByteStrings.h"
 #include "FormEncoding.h"
@@ -28,6 +30,9 @@ struct State {
     std::map<std::string, std::string> values;
     std::map<std::string, int> statuses;
     std::vector<std::string> deviceCalls;
+    int actionMillis = 0;
+    int runningActions = 0;
+    int overlappingActions = 0;
     int rssi = 0;
     int uidInvalid = 0;
     bool failHmac = false;
@@ -107,8 +112,16 @@ int set(const char* name, Convention convention, const char* value) {
 }
 
 int action(const char* function, int success) {
+    int millis = 0;
+    {
+        Lock lock(gMutex);
+        state().deviceCalls.push_back(std::string(function) + "()");
+        if (state().runningActions++ > 0) ++state().overlappingActions;
+        millis = state().actionMillis;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(millis));
     Lock lock(gMutex);
-    state().deviceCalls.push_back(std::string(function) + "()");
+    --state().runningActions;
     if (auto f = forced(function)) return *f;
     return success;
 }
@@ -152,6 +165,14 @@ void setUidInvalid(int result) {
 }
 const std::vector<std::string>& deviceCalls() {
     return state().deviceCalls;
+}
+void slowActions(int millis) {
+    Lock lock(gMutex);
+    state().actionMillis = millis;
+}
+int overlappingActions() {
+    Lock lock(gMutex);
+    return state().overlappingActions;
 }
 void failHmac(bool fail) {
     Lock lock(gMutex);
@@ -227,6 +248,14 @@ bool logged(const std::string& text, int level) {
         if ((level < 0 || line.level == level) && line.text.find(text) != std::string::npos) {
             return true;
         }
+    }
+    return false;
+}
+
+bool loggedExactly(const std::string& text, int level) {
+    Lock lock(gMutex);
+    for (const auto& line : state().logs) {
+        if ((level < 0 || line.level == level) && line.text == text) return true;
     }
     return false;
 }

@@ -27,6 +27,24 @@ class VELMAR_QUIL_EXPORT DeviceAPI {
     static ErrorType request(std::string& response, const std::string& baseUrl,
                              const std::string& path, const std::string& method,
                              const std::map<std::string, std::string>& params);
+
+    // Whether the cloud holds the device's registration as valid: `status`
+    // becomes "valid" or "invalid". Signed with the channel secret alone and
+    // sent without cookies, so it works before the device holds a token.
+    // 101 when the signature could not be made, 604 when nothing usable came
+    // back (`status` untouched).
+    static ErrorType checkRegistrationStatus(std::string& status, const std::string& baseUrl);
+    // The cloud's super administrator of the device ("data" of the answer,
+    // -1 when unbound), asked of the master copy when `master`.
+    static ErrorType getSuperAdmin(long long& userId, const std::string& baseUrl, bool master);
+    // Renewal and transfer of the device token pair. `response` receives the
+    // body whatever the outcome (empty on failure); reading and storing the
+    // new pair is the caller's.
+    static ErrorType requestDeviceTokenV2(std::string& response, const std::string& baseUrl);
+    static ErrorType requestDeviceTransfer(std::string& response, const std::string& baseUrl);
+    // The key of the low-power keep-alive mode; `key` is untouched when the
+    // answer carries none.
+    static ErrorType keepAliveKeyGet(std::string& key, const std::string& baseUrl);
 };
 
 }  // namespace api

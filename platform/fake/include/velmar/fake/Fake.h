@@ -37,6 +37,11 @@ void setUidInvalid(int result);
 // Calls made to setters and actions, in order: "deviceid_set(abc)",
 // "bind_uid()", "dev_restore()", "uid_clean()".
 const std::vector<std::string>& deviceCalls();
+// Makes bind_uid(), dev_restore() and uid_clean() take `millis` each (outside
+// the fake's own lock), and counts how often one of them started while
+// another was still running: a test of the callers' locking.
+void slowActions(int millis);
+int overlappingActions();
 // Makes str_hmac_sha256 return NULL.
 void failHmac(bool fail);
 // Byte strings handed out by str_hmac_sha256 and not yet destroyed.
@@ -97,6 +102,8 @@ struct LogLine {
 const std::vector<LogLine>& logs();
 // True when some captured line contains `text` (at `level` when >= 0).
 bool logged(const std::string& text, int level = -1);
+// True when some captured line is exactly `text` (at `level` when >= 0).
+bool loggedExactly(const std::string& text, int level = -1);
 
 // ---- exec ------------------------------------------------------------------
 void pushExec(int status, const std::string& output);

@@ -1,0 +1,142 @@
+// Registration, the device token pair and the administrator through the host
+// port against the local cloud.
+#include <json-c/json.h>
+
+#include "CloudFixture.h"
+#include "velmar/http/HTTPRequest.h"
+#include "velmar/quil/QuilConfigUtils.h"
+#include "velmar/quil/api/DeviceAPI.h"
+#include "velmar/quil/api/PresenceAPI.h"
+
+using velmar::quil::QuilConfigUtils;
+using velmar::quil::api::DeviceAPI;
+using velmar::quil::api::PresenceAPI;
+using velmar::testing::SampleDevice;
+namespace fs = std::filesystem;
+
+namespace {
+
+class CredentialTest : public velmar::testing::CloudFixture {
+  protected:
+    // The pair of a renewal or transfer answer, as the messaging agent reads it.
+    static std::pair<std::string, std::string> pairOf(const std::string& answer) {
+        json_object* root = json_tokener_parse(answer.c_str());
+        json_object* data = nullptr;
+        json_object* token = nullptr;
+        json_object* signature = nullptr;
+        std::pair<std::string, std::string> pair;
+        if (json_object_object_get_ex(root, "data", &data) &&
+            json_object_object_get_ex(data, "deviceTokenV2", &token) &&
+            json_object_object_get_ex(data, "signatureV2", &signature)) {
+            pair = {json_object_get_string(token), json_object_get_string(signature)};
+        }
+        json_object_put(root);
+        return pair;
+    }
+    int presenceStatus() {
+        std::string response;
+        int status = 0;
+        DeviceAPI::request(response, status, baseUrl(), "/device/presence/", "GET", {});
+        return status;
+    }
+    // The cloud's control, as the demo drives it: a user binds or unbinds.
+    void cloudAdmin(long long id) {
+        int status = 0;
+        std::string body;
+        velmar::utils::ErrorType error = velmar::utils::ERROR_NONE;
+        std::string message;
+        ASSERT_TRUE(velmar::http::HTTPRequest::httpRequest(
+            status, body, error, message, baseUrl(), "/quil-cloud/super_admin",
+            std::string("deviceId=") + SampleDevice::deviceId + "&userId=" + std::to_string(id),
+            "POST", {}, 5000));
+        ASSERT_EQ(status, 200) << body;
+    }
+    std::string bindLog() {
+        std::ifstream in(root() / "bind.log");
+        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    }
+};
+
+TEST_F(CredentialTest, RegistrationIsValidOnlyForAKnownDeviceThatSignsRight) {
+    std::string status;
+    ASSERT_EQ(DeviceAPI::checkRegistrationStatus(status, baseUrl()), 0);
+    EXPECT_EQ(status, "valid");
+    auto received = cloud().received("/brokerlist/check_registration_status");
+    ASSERT_EQ(received.size(), 1u);
+    EXPECT_TRUE(received[0].cookies.empty());
+    EXPECT_EQ(received[0].params.size(), 4u);
+
+    store("channel_secret", "ffffffffffffffff-not-the-secret");
+    ASSERT_EQ(DeviceAPI::checkRegistrationStatus(status, baseUrl()), 0);
+    EXPECT_EQ(status, "invalid");
+    store("channel_secret", SampleDevice::channelSecret);
+    store("deviceid", "7300000000");
+    status.clear();
+    ASSERT_EQ(DeviceAPI::checkRegistrationStatus(status, baseUrl()), 0);
+    EXPECT_EQ(status, "invalid");
+}
+
+TEST_F(CredentialTest, RenewedPairIsTheOnlyOneTheCloudAcceptsAfterwards) {
+    std::string answer;
+    ASSERT_EQ(DeviceAPI::requestDeviceTokenV2(answer, baseUrl()), 0);
+    auto [token, signature] = pairOf(answer);
+    ASSERT_FALSE(token.empty()) << answer;
+    EXPECT_EQ(cloud().registry().find(SampleDevice::deviceId)->deviceToken, token);
+
+    // Not stored yet: the device still sends no pair and is refused.
+    EXPECT_EQ(presenceStatus(), 401);
+    ASSERT_TRUE(QuilConfigUtils::setDeviceTokenAndSignature(token, signature));
+    EXPECT_EQ(presenceStatus(), 200);
+    auto received = cloud().received("/device/presence/");
+    EXPECT_EQ(received.back().cookies.at("deviceTokenV2"), token);
+    EXPECT_EQ(received.back().cookies.at("signatureV2"), signature);
+
+    // A transfer hands the same pair back; the next renewal retires it.
+    ASSERT_EQ(DeviceAPI::requestDeviceTransfer(answer, baseUrl()), 0);
+    EXPECT_EQ(pairOf(answer).first, token);
+    ASSERT_EQ(DeviceAPI::requestDeviceTokenV2(answer, baseUrl()), 0);
+    EXPECT_NE(pairOf(answer).first, token);
+    EXPECT_EQ(presenceStatus(), 401);
+}
+
+TEST_F(CredentialTest, AdminSyncBindsChangesAndUnbindsThroughTheBindScript) {
+    const auto script = devicePath("/usr/bin/bind_device.sh");
+    std::ofstream(script) << "#!/bin/sh\necho \"$1\" >> \"$VELMAR_ROOT/bind.log\"\n";
+    fs::permissions(script, fs::perms::owner_all);
+
+    cloudAdmin(52001);
+    ASSERT_TRUE(QuilConfigUtils::syncAdminStatus(true));
+    long long stored = 0;
+    ASSERT_TRUE(QuilConfigUtils::getSuperAdmin(stored));
+    EXPECT_EQ(stored, 52001);
+    EXPECT_EQ(cloud().received("/device/super_admin").at(0).param("master"), "true");
+    EXPECT_TRUE(QuilConfigUtils::syncAdminStatus(false));  // unchanged: no script
+
+    cloudAdmin(60002);
+    ASSERT_TRUE(QuilConfigUtils::syncAdminStatus(false));
+    ASSERT_TRUE(QuilConfigUtils::getSuperAdmin(stored));
+    EXPECT_EQ(stored, 60002);
+
+    cloudAdmin(-1);
+    ASSERT_TRUE(QuilConfigUtils::syncAdminStatus(false));
+    ASSERT_TRUE(QuilConfigUtils::getSuperAdmin(stored));
+    EXPECT_EQ(stored, -1);
+    EXPECT_EQ(bindLog(), "bind\nbind\nunbind\n");
+
+    EXPECT_TRUE(QuilConfigUtils::clearAdminStatus());
+    EXPECT_FALSE(fs::exists(devicePath("/data/device/uid")));
+}
+
+TEST_F(CredentialTest, KeepAliveKeyStaysTheSameForTheDevice) {
+    std::string first;
+    std::string second;
+    QuilConfigUtils::keepAliveKeyGet(first);
+    QuilConfigUtils::keepAliveKeyGet(second);
+    EXPECT_FALSE(first.empty());
+    EXPECT_EQ(first, second);
+    EXPECT_EQ(
+        cloud().received("/device/low_power_mode/transmission_secret").at(0).param("hardware"),
+        SampleDevice::model);
+}
+
+}  // namespace
