@@ -55,9 +55,10 @@ TEST_F(TokenTest, RefusedAIServiceTokenIsSuccessWithAnEmptyToken) {
 TEST_F(TokenTest, MessagingCloudTokenReportsAnswerTroubleOnlyByTheUntouchedToken) {
     std::string token = "kept";
     fake::pushBody("{\"code\": 3}");
+    fake::pushBody("{\"code\":3,\"data\":\"refused\"}");
     fake::pushBody("{\"code\":0,\"data\":42}");
     fake::pushBody("garbage");
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 4; ++i)
         EXPECT_EQ(VemcTokenAPI::getToken(token, kBase), 0);
     EXPECT_EQ(token, "kept");
     EXPECT_TRUE(fake::logged("Invalid response: {\"code\": 3}", 4));
