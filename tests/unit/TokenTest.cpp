@@ -133,6 +133,32 @@ TEST_F(TokenTest, DownloadWalksTheDataMembers) {
     EXPECT_EQ(token, "t1");
 }
 
+TEST_F(TokenTest, FailedRequestsPassTheirStatusOnWithEachEndpointsLine) {
+    std::string session = "s0";
+    std::string token = "t0";
+    int expire = 5;
+    TencentAccount account;
+    for (int i = 0; i < 4; ++i)
+        fake::pushFailure();
+    EXPECT_EQ(VemcTokenAPI::getToken(token, kBase), 604);
+    EXPECT_EQ(VEOTTokenAPI::upload("tok", "sess", "1001", kBase), 604);
+    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 604);
+    EXPECT_EQ(TencentAccountAPI::getTencentAccount(account, kBase), 604);
+    EXPECT_EQ(session, "s0");
+    EXPECT_EQ(token, "t0");
+    EXPECT_EQ(expire, 5);
+
+    EXPECT_TRUE(fake::logged("HTTP request failed: Error (code: 604", 4));
+    EXPECT_TRUE(
+        fake::logged("Failed to upload veot token (response: , error code: Error (code: 604", 4));
+    EXPECT_TRUE(fake::logged("veot token download response: ", 2));
+    EXPECT_TRUE(fake::logged("DeviceAPI::request() failed with code: Error (code: 604", 4));
+    size_t tencentLines = 0;
+    for (const auto& line : fake::logs())
+        tencentLines += line.level == 4 && line.text == "DeviceAPI::request() failed";
+    EXPECT_EQ(tencentLines, 1u);
+}
+
 TEST_F(TokenTest, TencentAccountKeepsFieldsTheAnswerLeavesOut) {
     TencentAccount account;
     account.txID = "previous";
