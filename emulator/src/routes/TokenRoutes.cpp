@@ -6,6 +6,7 @@
 
 #include "DeviceAuth.h"
 #include "quilcloud/Cloud.h"
+#include "routes/DeviceState.h"
 
 namespace quilcloud {
 
@@ -21,11 +22,6 @@ std::string freshToken(const std::string& prefix) {
     for (int i = 0; i < 32; ++i)
         token += digits[generator() % 16];
     return token;
-}
-
-std::string setting(const Device& device, const std::string& key) {
-    auto it = device.settings.find(key);
-    return it == device.settings.end() ? std::string() : it->second;
 }
 
 }  // namespace
@@ -44,8 +40,7 @@ void registerTokenRoutes(Cloud& cloud) {
     cloud.route("GET", "/vemc/token/linux", [&cloud](const Received& request, Reply& reply) {
         auto device = authenticate(cloud, request, reply);
         if (!device) return;
-        if (device->superAdmin < 0 ||
-            request.param("userId") != std::to_string(device->superAdmin)) {
+        if (!fromAdministrator(*device, request)) {
             reply.json(200, errorBody(3, "user is not the administrator of this device"));
             return;
         }
@@ -72,8 +67,7 @@ void registerTokenRoutes(Cloud& cloud) {
                 reply.json(200, errorBody(2, "token and sessionId are required"));
                 return;
             }
-            if (device->superAdmin < 0 ||
-                request.param("userId") != std::to_string(device->superAdmin)) {
+            if (!fromAdministrator(*device, request)) {
                 reply.json(200, errorBody(1, "token refused: user is not the administrator"));
                 return;
             }
