@@ -119,6 +119,10 @@ TEST_F(TokenTest, DownloadWalksTheDataMembers) {
     EXPECT_EQ(token, "t1");
     EXPECT_EQ(expire, -5);
     EXPECT_TRUE(fake::logged("Invalid JSON response: ", 4));
+    fake::pushBody("{\"code\":0,\"message\":\"ok\",\"data\":{\"token\":5,\"sessionID\":\"s3\"}}");
+    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 610);
+    EXPECT_EQ(session, "s2");
+    EXPECT_EQ(token, "t1");
 
     fake::pushBody("{\"code\":0,\"message\":\"ok\",\"data\":{\"expire\":3600,\"other\":[]}}");
     EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 0);
