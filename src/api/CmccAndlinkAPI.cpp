@@ -42,19 +42,7 @@ utils::ErrorType CmccAndlinkAPI::getDeviceID(std::string& cmccDeviceId,
     std::string response;
     utils::ErrorType result = DeviceAPI::request(response, baseUrl, path, method, params);
     VLOG(2) << "Get andlink did response: " << response;
-    if (result != utils::ERROR_NONE) {
-        VLOG(4) << "HTTP request failed: " << result;
-        return result;
-    }
-    detail::RapidAnswer answer(response);
-    int code = -1;
-    std::string data;
-    if (!answer.getInt("code", code) || code != 0 || !answer.getString("data", data)) {
-        VLOG(4) << "Invalid response: " << response;
-        return result;
-    }
-    cmccDeviceId = data;
-    return result;
+    return detail::readLenientAnswer(result, response, &cmccDeviceId);
 }
 
 utils::ErrorType CmccAndlinkAPI::setDeviceID(const std::string& cmccDeviceId,
@@ -71,16 +59,7 @@ utils::ErrorType CmccAndlinkAPI::setDeviceID(const std::string& cmccDeviceId,
     std::string response;
     utils::ErrorType result = DeviceAPI::request(response, baseUrl, path, method, params);
     VLOG(2) << "set andlink did response: " << response;
-    if (result != utils::ERROR_NONE) {
-        VLOG(4) << "HTTP request failed: " << result;
-        return result;
-    }
-    detail::RapidAnswer answer(response);
-    int code = -1;
-    if (!answer.getInt("code", code) || code != 0) {
-        VLOG(4) << "Invalid response: " << response;
-    }
-    return result;
+    return detail::readLenientAnswer(result, response, nullptr);
 }
 
 }  // namespace api

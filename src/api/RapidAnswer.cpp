@@ -3,6 +3,8 @@
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
+#include "velmar/utils/Logging.h"
+
 namespace velmar {
 namespace quil {
 namespace api {
@@ -83,6 +85,24 @@ std::string prettyText(const rapidjson::Value& value) {
     rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
     value.Accept(writer);
     return std::string(buffer.GetString(), buffer.GetSize());
+}
+
+utils::ErrorType readLenientAnswer(utils::ErrorType result, const std::string& response,
+                                   std::string* data) {
+    if (result != utils::ERROR_NONE) {
+        VLOG(4) << "HTTP request failed: " << result;
+        return result;
+    }
+    RapidAnswer answer(response);
+    int code = -1;
+    std::string text;
+    if (!answer.getInt("code", code) || code != 0 ||
+        (data != nullptr && !answer.getString("data", text))) {
+        VLOG(4) << "Invalid response: " << response;
+        return result;
+    }
+    if (data != nullptr) *data = text;
+    return result;
 }
 
 }  // namespace detail

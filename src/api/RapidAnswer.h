@@ -7,6 +7,8 @@
 
 #include <string>
 
+#include "velmar/utils/ErrorType.h"
+
 namespace velmar {
 namespace quil {
 namespace api {
@@ -45,6 +47,15 @@ std::string stringOf(const rapidjson::Value& value);
 
 // `value` written back as JSON, indented by four spaces per level.
 std::string prettyText(const rapidjson::Value& value);
+
+// How the services that report trouble only in the log read their answer,
+// given the signed request's status and body. A failed request is logged as
+// "HTTP request failed: " and its status returned. Otherwise the answer must
+// have the integer "code" 0 and, when `data` is given, a string "data", which
+// goes into `*data`; any other answer is logged as "Invalid response: " with
+// its text and still gives the request's 0, `*data` untouched.
+utils::ErrorType readLenientAnswer(utils::ErrorType result, const std::string& response,
+                                   std::string* data);
 
 }  // namespace detail
 }  // namespace api

@@ -25,20 +25,9 @@ utils::ErrorType VemcTokenAPI::getToken(std::string& token, const std::string& b
     params["clientId"] = deviceId;
     std::string response;
     utils::ErrorType result = DeviceAPI::request(response, baseUrl, path, method, params);
-    if (result != utils::ERROR_NONE) {
-        VLOG(4) << "HTTP request failed: " << result;
-        return result;
-    }
-    detail::RapidAnswer answer(response);
-    int code = -1;
-    std::string data;
-    if (!answer.getInt("code", code) || code != 0 || !answer.getString("data", data)) {
-        // Reported by the untouched token only; the messaging agent relies on it.
-        VLOG(4) << "Invalid response: " << response;
-        return result;
-    }
-    token = data;
-    return result;
+    // A refused answer is reported by the untouched token only; the messaging
+    // agent relies on it.
+    return detail::readLenientAnswer(result, response, &token);
 }
 
 }  // namespace api

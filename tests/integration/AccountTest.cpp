@@ -10,21 +10,14 @@ using velmar::testing::SampleDevice;
 
 namespace {
 
-class AccountTest : public velmar::testing::CloudFixture {
-  protected:
-    void bindAdmin(long long id) {
-        store("uid", std::to_string(id));
-        cloud().registry().update(SampleDevice::deviceId,
-                                  [id](quilcloud::Device& d) { d.superAdmin = id; });
-    }
-};
+class AccountTest : public velmar::testing::CloudFixture {};
 
 TEST_F(AccountTest, AdministratorReachesTheAccountServices) {
     std::string response;
     EXPECT_EQ(ClientInfoListAPI::getClientList(response, baseUrl()), 101);
     EXPECT_TRUE(cloud().received().empty());
 
-    bindAdmin(52001);
+    bindAdministrator(52001);
     ASSERT_EQ(ClientInfoListAPI::getClientList(response, baseUrl()), 0);
     EXPECT_NE(response.find(SampleDevice::deviceId), std::string::npos) << response;
 

@@ -12,11 +12,6 @@ namespace {
 
 class TokenTest : public velmar::testing::CloudFixture {
   protected:
-    void bindAdmin(long long id) {
-        store("uid", std::to_string(id));
-        cloud().registry().update(SampleDevice::deviceId,
-                                  [id](quilcloud::Device& d) { d.superAdmin = id; });
-    }
     std::string setting(const std::string& key) {
         return cloud().registry().find(SampleDevice::deviceId)->settings[key];
     }
@@ -36,7 +31,7 @@ TEST_F(TokenTest, CloudIssuesTokensAndHandsTheSessionTokenBack) {
     EXPECT_EQ(TencentAccountAPI::getTencentAccount(account, baseUrl()), 1002);
     EXPECT_EQ(VEOTTokenAPI::upload("veot-tok", "sess-1", "52001", baseUrl()), 1003);
 
-    bindAdmin(52001);
+    bindAdministrator(52001);
     ASSERT_EQ(TencentAccountAPI::getTencentAccount(account, baseUrl()), 0);
     EXPECT_EQ(account.txID, "tx-52001");
     EXPECT_EQ(account.txExpiresIn, 7776000);

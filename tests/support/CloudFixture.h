@@ -83,6 +83,13 @@ class CloudFixture : public ::testing::Test {
     }
     void unstore(const std::string& name) { fs::remove(root_ / "data/device" / name); }
 
+    // Makes `id` the device's super administrator, in the store and in the cloud.
+    void bindAdministrator(long long id) {
+        store("uid", std::to_string(id));
+        cloud_->registry().update(SampleDevice::deviceId,
+                                  [id](quilcloud::Device& d) { d.superAdmin = id; });
+    }
+
     // Replaces messaging.conf with these keys.
     void writeConfig(std::initializer_list<std::pair<std::string, std::string>> entries) {
         std::ofstream out(root_ / "usr/share/quil/messaging/messaging.conf");

@@ -91,6 +91,8 @@ TEST_F(SerialTest, AndlinkKeepsItsKeySpellingsAndIgnoresRefusals) {
     std::string id = "kept";
     fake::pushBody("{\"code\":0,\"data\":123}");
     EXPECT_EQ(CmccAndlinkAPI::getDeviceID(id, kBase), 0);
+    fake::pushBody("{\"code\":1,\"data\":\"refused\"}");
+    EXPECT_EQ(CmccAndlinkAPI::getDeviceID(id, kBase), 0);
     EXPECT_EQ(id, "kept");
     EXPECT_TRUE(fake::logged("Invalid response: {\"code\":0,\"data\":123}", 4));
     EXPECT_TRUE(fake::logged("Get andlink did response: {\"code\":0,\"data\":123}", 2));
@@ -106,9 +108,10 @@ TEST_F(SerialTest, AndlinkKeepsItsKeySpellingsAndIgnoresRefusals) {
     fake::pushBody("{\"code\":7}");
     EXPECT_EQ(CmccAndlinkAPI::setDeviceID("CMCC-9", kBase), 0);
     EXPECT_TRUE(fake::logged("Invalid response: {\"code\":7}", 4));
-    auto set = fake::calls().at(2).decodedParams();
-    EXPECT_EQ(fake::calls().at(2).path, "/app/set_cmcc_id/linux");
-    EXPECT_EQ(fake::calls().at(2).method, "GET");
+    const fake::Call& setCall = fake::calls().back();
+    auto set = setCall.decodedParams();
+    EXPECT_EQ(setCall.path, "/app/set_cmcc_id/linux");
+    EXPECT_EQ(setCall.method, "GET");
     EXPECT_EQ(set.at("veotDid"), "iot-42");
     EXPECT_EQ(set.at("cmccDeviceId"), "CMCC-9");
     EXPECT_EQ(set.count("hardware"), 0u);

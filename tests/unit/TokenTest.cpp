@@ -55,9 +55,10 @@ TEST_F(TokenTest, RefusedAIServiceTokenIsSuccessWithAnEmptyToken) {
 TEST_F(TokenTest, MessagingCloudTokenReportsAnswerTroubleOnlyByTheUntouchedToken) {
     std::string token = "kept";
     fake::pushBody("{\"code\": 3}");
+    fake::pushBody("{\"code\":3,\"data\":\"refused\"}");
     fake::pushBody("{\"code\":0,\"data\":42}");
     fake::pushBody("garbage");
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 4; ++i)
         EXPECT_EQ(VemcTokenAPI::getToken(token, kBase), 0);
     EXPECT_EQ(token, "kept");
     EXPECT_TRUE(fake::logged("Invalid response: {\"code\": 3}", 4));
@@ -118,6 +119,10 @@ TEST_F(TokenTest, DownloadWalksTheDataMembers) {
     EXPECT_EQ(token, "t1");
     EXPECT_EQ(expire, -5);
     EXPECT_TRUE(fake::logged("Invalid JSON response: ", 4));
+    fake::pushBody("{\"code\":0,\"message\":\"ok\",\"data\":{\"token\":5,\"sessionID\":\"s3\"}}");
+    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 610);
+    EXPECT_EQ(session, "s2");
+    EXPECT_EQ(token, "t1");
 
     fake::pushBody("{\"code\":0,\"message\":\"ok\",\"data\":{\"expire\":3600,\"other\":[]}}");
     EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 0);
@@ -130,6 +135,32 @@ TEST_F(TokenTest, DownloadWalksTheDataMembers) {
     fake::pushBody("{");
     EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 610);
     EXPECT_EQ(token, "t1");
+}
+
+TEST_F(TokenTest, FailedRequestsPassTheirStatusOnWithEachEndpointsLine) {
+    std::string session = "s0";
+    std::string token = "t0";
+    int expire = 5;
+    TencentAccount account;
+    for (int i = 0; i < 4; ++i)
+        fake::pushFailure();
+    EXPECT_EQ(VemcTokenAPI::getToken(token, kBase), 604);
+    EXPECT_EQ(VEOTTokenAPI::upload("tok", "sess", "1001", kBase), 604);
+    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 604);
+    EXPECT_EQ(TencentAccountAPI::getTencentAccount(account, kBase), 604);
+    EXPECT_EQ(session, "s0");
+    EXPECT_EQ(token, "t0");
+    EXPECT_EQ(expire, 5);
+
+    EXPECT_TRUE(fake::logged("HTTP request failed: Error (code: 604", 4));
+    EXPECT_TRUE(
+        fake::logged("Failed to upload veot token (response: , error code: Error (code: 604", 4));
+    EXPECT_TRUE(fake::logged("veot token download response: ", 2));
+    EXPECT_TRUE(fake::logged("DeviceAPI::request() failed with code: Error (code: 604", 4));
+    size_t tencentLines = 0;
+    for (const auto& line : fake::logs())
+        tencentLines += line.level == 4 && line.text == "DeviceAPI::request() failed";
+    EXPECT_EQ(tencentLines, 1u);
 }
 
 TEST_F(TokenTest, TencentAccountKeepsFieldsTheAnswerLeavesOut) {

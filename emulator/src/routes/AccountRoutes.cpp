@@ -1,10 +1,12 @@
 // The account-scoped family: the administrator's client list, voice-call
 // minutes, common configurations and per-user privacy settings.
 #include <ctime>
+#include <optional>
 #include <string>
 
 #include "DeviceAuth.h"
 #include "quilcloud/Cloud.h"
+#include "routes/DeviceState.h"
 
 namespace quilcloud {
 
@@ -19,11 +21,22 @@ bool isDecimal(const std::string& text, size_t maxDigits) {
 
 // The account services serve only the device's own administrator.
 bool isAdministrator(const Device& device, const Received& request, Reply& reply) {
-    if (device.superAdmin < 0 || request.param("userId") != std::to_string(device.superAdmin)) {
+    if (!fromAdministrator(device, request)) {
         reply.json(200, errorBody(3, "user is not the administrator of this device"));
         return false;
     }
     return true;
+}
+
+// Privacy settings are kept per user ID, whoever administers the device: the
+// key they are kept under, or nothing with `reply` set to the refusal.
+std::optional<std::string> privacyKey(const Received& request, Reply& reply) {
+    const std::string userId = request.param("userId");
+    if (!isDecimal(userId, 20)) {
+        reply.json(200, errorBody(2, "invalid userId: " + userId));
+        return std::nullopt;
+    }
+    return "privacy." + userId;
 }
 
 std::string currentMonth() {
@@ -99,18 +112,14 @@ void registerAccountRoutes(Cloud& cloud) {
                             jsonEscape(name) + "\",\"value\":" + value + "}}");
     });
 
-    // Privacy settings are kept per user ID, whoever administers the device.
     cloud.route("POST", "/userprofile/user_privacy_on_device",
                 [&cloud](const Received& request, Reply& reply) {
                     auto device = authenticate(cloud, request, reply);
                     if (!device) return;
-                    const std::string userId = request.param("userId");
-                    if (!isDecimal(userId, 20)) {
-                        reply.json(200, errorBody(2, "invalid userId: " + userId));
-                        return;
-                    }
+                    auto key = privacyKey(request, reply);
+                    if (!key) return;
                     cloud.registry().update(device->deviceId, [&](Device& d) {
-                        d.settings["privacy." + userId] = request.param("value");
+                        d.settings[*key] = request.param("value");
                     });
                     reply.json(200, "{\"code\":0,\"message\":\"ok\"}");
                 });
@@ -118,13 +127,10 @@ void registerAccountRoutes(Cloud& cloud) {
                 [&cloud](const Received& request, Reply& reply) {
                     auto device = authenticate(cloud, request, reply);
                     if (!device) return;
-                    const std::string userId = request.param("userId");
-                    if (!isDecimal(userId, 20)) {
-                        reply.json(200, errorBody(2, "invalid userId: " + userId));
-                        return;
-                    }
+                    auto key = privacyKey(request, reply);
+                    if (!key) return;
                     // The value is the caller's text; nothing stored is no settings.
-                    auto it = device->settings.find("privacy." + userId);
+                    auto it = device->settings.find(*key);
                     const std::string data = it == device->settings.end()
                                                  ? "{}"
                                                  : "{\"value\":\"" + jsonEscape(it->second) + "\"}";

@@ -6,6 +6,7 @@
 
 #include "DeviceAuth.h"
 #include "quilcloud/Cloud.h"
+#include "routes/DeviceState.h"
 
 namespace quilcloud {
 
@@ -20,11 +21,6 @@ std::string identifierFor(const std::string& salt, const std::string& sn) {
     }
     std::string digits = std::to_string(hash % 1000000000000000ULL);
     return std::string(15 - digits.size(), '0') + digits;
-}
-
-std::string setting(const Device& device, const std::string& key) {
-    auto it = device.settings.find(key);
-    return it == device.settings.end() ? std::string() : it->second;
 }
 
 // The lookups answer for the serial number of the signing device only.

@@ -4,6 +4,7 @@
 
 #include "DeviceAuth.h"
 #include "quilcloud/Cloud.h"
+#include "routes/DeviceState.h"
 
 namespace quilcloud {
 
@@ -12,11 +13,6 @@ namespace {
 // The calendar the cloud serves; a test may set "workday.version" on the
 // device to publish a newer one.
 constexpr const char kWorkDayVersion[] = "2026.1";
-
-std::string setting(const Device& device, const std::string& key) {
-    auto it = device.settings.find(key);
-    return it == device.settings.end() ? std::string() : it->second;
-}
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 
 #include "DeviceAuth.h"
 #include "quilcloud/Cloud.h"
+#include "routes/DeviceState.h"
 
 namespace quilcloud {
 
@@ -12,11 +13,6 @@ namespace {
 
 constexpr int kAiTokenSeconds = 7200;
 constexpr int kVeotTokenSeconds = 3600;
-
-std::string setting(const Device& device, const std::string& key) {
-    auto it = device.settings.find(key);
-    return it == device.settings.end() ? std::string() : it->second;
-}
 
 }  // namespace
 
@@ -34,8 +30,7 @@ void registerTokenRoutes(Cloud& cloud) {
     cloud.route("GET", "/vemc/token/linux", [&cloud](const Received& request, Reply& reply) {
         auto device = authenticate(cloud, request, reply);
         if (!device) return;
-        if (device->superAdmin < 0 ||
-            request.param("userId") != std::to_string(device->superAdmin)) {
+        if (!fromAdministrator(*device, request)) {
             reply.json(200, errorBody(3, "user is not the administrator of this device"));
             return;
         }
@@ -62,8 +57,7 @@ void registerTokenRoutes(Cloud& cloud) {
                 reply.json(200, errorBody(2, "token and sessionId are required"));
                 return;
             }
-            if (device->superAdmin < 0 ||
-                request.param("userId") != std::to_string(device->superAdmin)) {
+            if (!fromAdministrator(*device, request)) {
                 reply.json(200, errorBody(1, "token refused: user is not the administrator"));
                 return;
             }
