@@ -1,4 +1,5 @@
 // The stored administrator kept in line with the cloud's, on the fake port.
+#include <atomic>
 #include <chrono>
 #include <stdexcept>
 #include <thread>
@@ -7,6 +8,25 @@
 #include "velmar/device/DeviceInfo.h"
 #include "velmar/fake/FakeTest.h"
 #include "velmar/quil/QuilConfigUtils.h"
+#include "velmar/utils/ErrorType.h"
+
+// The signed request only ever yields 0 or 604, so a service that reports an
+// unbound device with 612 is stood in for at link time: tests/CMakeLists.txt
+// wraps the cloud query DeviceAPI::getSuperAdmin with the function below.
+#define VELMAR_CLOUD_ADMIN                                                                  \
+    "_ZN6velmar4quil3api9DeviceAPI13getSuperAdminERxRKNSt7__cxx1112basic_stringIcSt11char_" \
+    "traitsIcESaIcEEEb"
+static std::atomic<bool> gCloudReportsUnbound{false};
+velmar::utils::ErrorType realCloudAdmin(long long& userId, const std::string& baseUrl,
+                                        bool master) __asm__("__real_" VELMAR_CLOUD_ADMIN);
+velmar::utils::ErrorType wrappedCloudAdmin(long long& userId, const std::string& baseUrl,
+                                           bool master) __asm__("__wrap_" VELMAR_CLOUD_ADMIN);
+velmar::utils::ErrorType wrappedCloudAdmin(long long& userId, const std::string& baseUrl,
+                                           bool master) {
+    if (!gCloudReportsUnbound) return realCloudAdmin(userId, baseUrl, master);
+    userId = 777;  // whatever came with it, the device is no longer bound
+    return velmar::utils::ERROR_DEVICE_UNBOUND;
+}
 
 using velmar::quil::QuilConfigUtils;
 namespace fake = velmar::fake;
@@ -28,6 +48,10 @@ class AdminStatusTest : public fake::FakeTest {
     static void cloudAdmin(long long id) {
         fake::pushBody("{\"code\":" + std::string(id < 0 ? "612" : "0") +
                        ",\"data\":" + std::to_string(id) + "}");
+    }
+    void TearDown() override {
+        gCloudReportsUnbound = false;
+        FakeTest::TearDown();
     }
     static std::vector<std::string> calls() { return fake::deviceCalls(); }
 };
@@ -61,6 +85,21 @@ TEST_F(AdminStatusTest, BindingChangingAndUnbindingRunTheirActions) {
               (std::vector<std::string>{"bind_uid()", "uid_set(52001)", "bind_uid()",
                                         "uid_set(60002)", "dev_restore()", "uid_set(-1)"}));
     EXPECT_EQ(fake::deviceValue("uid"), "-1");
+}
+
+TEST_F(AdminStatusTest, UnboundReportRestoresTheDeviceAndStoresMinusOne) {
+    fake::setDeviceValue("uid", "52001");
+    gCloudReportsUnbound = true;
+    EXPECT_TRUE(QuilConfigUtils::syncAdminStatus(false));
+    EXPECT_TRUE(fake::loggedExactly("somehow, device unbinded, old admin user id:52001", 2));
+    EXPECT_TRUE(fake::loggedExactly(
+        "admin user id changed(admin user id: -1, old admin user id: 52001)", 2));
+    EXPECT_EQ(calls(), (std::vector<std::string>{"dev_restore()", "uid_set(-1)"}));
+
+    // Already unbound: the report changes nothing.
+    EXPECT_TRUE(QuilConfigUtils::syncAdminStatus(false));
+    EXPECT_TRUE(fake::loggedExactly("admin user id not changed: -1", 2));
+    EXPECT_EQ(calls().size(), 2u);
 }
 
 TEST_F(AdminStatusTest, CloudOrStoreFailureIsFalse) {
