@@ -10,6 +10,10 @@ void registerAllRoutes(Cloud& cloud) {
     registerSerialRoutes(cloud);
     registerStatusRoutes(cloud);
     registerTokenRoutes(cloud);
+    registerUpgradeRoutes(cloud);
+    registerTimeRoutes(cloud);
+    registerLogRoutes(cloud);
+    registerUserRoutes(cloud);
 }
 
 }  // namespace quilcloud
