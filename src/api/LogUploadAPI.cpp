@@ -140,23 +140,19 @@ bool LogUploadAPI::uploadLite(std::string& response, const std::string& uploadID
 
     std::string refused;
     if (!curl.applyHostRules(url, refused)) {
-        VLOG(4) << "curl_easy_setopt() failed: " << refused;
+        VLOG(4) << "Upload not set up: " << refused;
         return false;
     }
-    CURLcode set = CURLE_OK;
-    auto option = [&set](CURLcode code) {
-        if (set == CURLE_OK) set = code;
-    };
-    option(curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, 100000L));
-    option(curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L));
-    option(curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L));
-    option(curl_easy_setopt(handle, CURLOPT_IPRESOLVE, CURL_IPRESOLVE_V4));
-    option(curl_easy_setopt(handle, CURLOPT_URL, url.c_str()));
-    option(curl_easy_setopt(handle, CURLOPT_HTTPPOST, form.first()));
-    option(curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, appendAnswer));
-    option(curl_easy_setopt(handle, CURLOPT_WRITEDATA, &response));
-    if (set != CURLE_OK) {
-        VLOG(4) << "curl_easy_setopt() failed: " << curl_easy_strerror(set);
+    curl.set(CURLOPT_TIMEOUT_MS, 100000L);
+    curl.set(CURLOPT_NOSIGNAL, 1L);
+    curl.set(CURLOPT_TCP_KEEPALIVE, 1L);
+    curl.set(CURLOPT_IPRESOLVE, long{CURL_IPRESOLVE_V4});
+    curl.set(CURLOPT_URL, url.c_str());
+    curl.set(CURLOPT_HTTPPOST, form.first());
+    curl.set(CURLOPT_WRITEFUNCTION, appendAnswer);
+    curl.set(CURLOPT_WRITEDATA, &response);
+    if (curl.setResult() != CURLE_OK) {
+        VLOG(4) << "curl_easy_setopt() failed: " << curl_easy_strerror(curl.setResult());
         return false;
     }
 

@@ -47,17 +47,13 @@ OwnCurl::~OwnCurl() {
 }
 
 bool OwnCurl::applyHostRules(const std::string& url, std::string& error) {
-    CURLcode set = CURLE_OK;
-    auto option = [&set](CURLcode code) {
-        if (set == CURLE_OK) set = code;
-    };
 #if LIBCURL_VERSION_NUM >= 0x075500
-    option(curl_easy_setopt(mHandle, CURLOPT_PROTOCOLS_STR, "http,https"));
+    set(CURLOPT_PROTOCOLS_STR, "http,https");
 #else
-    option(curl_easy_setopt(mHandle, CURLOPT_PROTOCOLS, long{CURLPROTO_HTTP | CURLPROTO_HTTPS}));
+    set(CURLOPT_PROTOCOLS, long{CURLPROTO_HTTP | CURLPROTO_HTTPS});
 #endif
-    option(curl_easy_setopt(mHandle, CURLOPT_SSL_VERIFYPEER, 1L));
-    option(curl_easy_setopt(mHandle, CURLOPT_SSL_VERIFYHOST, 2L));
+    set(CURLOPT_SSL_VERIFYPEER, 1L);
+    set(CURLOPT_SSL_VERIFYHOST, 2L);
 
     // The extra bundle is added to libcurl's own, not put in its place.
     const std::string caFile = envValue("VELMAR_CA_FILE");
@@ -75,7 +71,7 @@ bool OwnCurl::applyHostRules(const std::string& url, std::string& error) {
         if (builtIn != nullptr && readBounded(builtIn, system)) mCaBundle = system + "\n";
         mCaBundle += extra;
         curl_blob blob{&mCaBundle[0], mCaBundle.size(), CURL_BLOB_NOCOPY};
-        option(curl_easy_setopt(mHandle, CURLOPT_CAINFO_BLOB, &blob));
+        set(CURLOPT_CAINFO_BLOB, &blob);
     }
 
     // "host:port:address" entries, as curl's --resolve takes them.
@@ -98,10 +94,10 @@ bool OwnCurl::applyHostRules(const std::string& url, std::string& error) {
         }
         start = end + 1;
     }
-    if (mResolve != nullptr) option(curl_easy_setopt(mHandle, CURLOPT_RESOLVE, mResolve));
+    if (mResolve != nullptr) set(CURLOPT_RESOLVE, mResolve);
 
-    if (set != CURLE_OK) {
-        error = curl_easy_strerror(set);
+    if (mSet != CURLE_OK) {
+        error = curl_easy_strerror(mSet);
         return false;
     }
     return true;

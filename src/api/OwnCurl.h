@@ -24,12 +24,21 @@ class OwnCurl {
 
     CURL* handle() const { return mHandle; }
 
+    // Sets one option unless an earlier one was refused; setResult() tells
+    // the first refusal (CURLE_OK when none).
+    template <typename T>
+    void set(CURLoption option, T value) {
+        if (mSet == CURLE_OK) mSet = curl_easy_setopt(mHandle, option, value);
+    }
+    CURLcode setResult() const { return mSet; }
+
     // Applies the host rules above for a transfer to `url`; false with the
     // reason in `error`.
     bool applyHostRules(const std::string& url, std::string& error);
 
   private:
     CURL* mHandle = nullptr;
+    CURLcode mSet = CURLE_OK;
     curl_slist* mResolve = nullptr;
     std::string mCaBundle;  // must outlive the transfer: libcurl borrows it
 };

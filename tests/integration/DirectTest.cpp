@@ -160,8 +160,8 @@ TEST_F(DirectTest, LogUploadsArriveIntact) {
     const std::string path = (root() / "logs.tar.gz").string();
     std::ofstream(path, std::ios::binary) << archive;
     response = "kept:";
-    ASSERT_TRUE(LogUploadAPI::uploadLite(response, "common-l", "2.14.3", "dev-1", "1700000000",
-                                         path));
+    ASSERT_TRUE(
+        LogUploadAPI::uploadLite(response, "common-l", "2.14.3", "dev-1", "1700000000", path));
     EXPECT_EQ(response.rfind("kept:{", 0), 0u) << response;  // appended
     auto lite = cloud().received("/log/lite/common/common-l");
     ASSERT_EQ(lite.size(), 1u);

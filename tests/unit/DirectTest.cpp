@@ -90,9 +90,9 @@ TEST_F(DirectTest, UpgradeRetriesOnceThroughTheResolverListOnlyAfterAFailure) {
     std::string link;
     long long size = 0;
     // A transport failure, a 200 with an error value, a non-200: each gets one retry.
-    for (const fake::Answer& first : {answer(false, 0, velmar::utils::ERROR_HTTP_CONNECT),
-                                      answer(true, 200, ERROR_HTTP_FAILED),
-                                      answer(true, 503, ERROR_NONE)}) {
+    for (const fake::Answer& first :
+         {answer(false, 0, velmar::utils::ERROR_HTTP_CONNECT), answer(true, 200, ERROR_HTTP_FAILED),
+          answer(true, 503, ERROR_NONE)}) {
         fake::reset();
         SetUp();
         fake::pushAnswer(first);
@@ -119,8 +119,8 @@ TEST_F(DirectTest, UpgradeRetriesOnceThroughTheResolverListOnlyAfterAFailure) {
     fake::pushBody(kOffer);  // never asked for: there is no third attempt
     EXPECT_FALSE(check(link, size));
     EXPECT_EQ(fake::calls().size(), 3u);
-    EXPECT_TRUE(fake::logged(
-        "HTTPRequest failed (status: 0, error code: Error (code: 601, message: ", 4));
+    EXPECT_TRUE(
+        fake::logged("HTTPRequest failed (status: 0, error code: Error (code: 601, message: ", 4));
     EXPECT_TRUE(fake::logged(", error message: no such host)", 4));
 }
 
@@ -168,19 +168,22 @@ TEST_F(DirectTest, TimeSyncTakesAnIntegerTimeFromA200Only) {
     EXPECT_EQ(fake::calls().at(0).params, "");
     EXPECT_TRUE(fake::logged("time sync result: {\"code\":0,\"data\":{\"t\":42}}", 2));
 
-    for (const char* body : {"{\"code\":\"0\",\"data\":{\"t\":1}}", "{\"code\":0,\"data\":{\"t\":1.5}}",
-                             "{\"code\":0,\"data\":{\"t\":\"1\"}}", "{\"code\":2,\"data\":{\"t\":1}}",
-                             "{\"code\":0,\"data\":[1]}", "{\"code\":0}", "null", "t=1"}) {
+    for (const char* body :
+         {"{\"code\":\"0\",\"data\":{\"t\":1}}", "{\"code\":0,\"data\":{\"t\":1.5}}",
+          "{\"code\":0,\"data\":{\"t\":\"1\"}}", "{\"code\":2,\"data\":{\"t\":1}}",
+          "{\"code\":0,\"data\":[1]}", "{\"code\":0}", "null", "t=1"}) {
         fake::pushBody(body);
         EXPECT_EQ(TimeSyncAPI::request(serverTime), 610) << body;
         EXPECT_TRUE(fake::logged(std::string("Invalid result: ") + body, 4)) << body;
     }
     fake::pushBody("gone", 404);
     EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
-    EXPECT_TRUE(fake::logged("HTTPRequest::httpGet() none 200 status code: 404; result: gone (error: )"));
+    EXPECT_TRUE(
+        fake::logged("HTTPRequest::httpGet() none 200 status code: 404; result: gone (error: )"));
     fake::pushFailure();
     EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
-    EXPECT_TRUE(fake::logged("HTTPRequest::httpGet() not successful (error: connection refused)", 4));
+    EXPECT_TRUE(
+        fake::logged("HTTPRequest::httpGet() not successful (error: connection refused)", 4));
     EXPECT_EQ(serverTime, 42);
 }
 
@@ -264,11 +267,11 @@ TEST_F(DirectTest, BindPostsAFreshRequestIdAndIgnoresTheStatus) {
     EXPECT_EQ(first.fields.at("payload"), std::vector<std::string>{"pl"});
     EXPECT_EQ(first.fields.at("userId"), std::vector<std::string>{"-1"});
     EXPECT_NE(first.fields.at("requestId"), fake::calls().at(1).fields.at("requestId"));
-    EXPECT_TRUE(fake::logged("httpRequest() failed (requestId: " +
-                                 fake::calls().at(1).fields.at("requestId").at(0) +
-                                 "; status: 0; error message: connection refused; "
-                                 "error code: Error (code: 602, message: ",
-                             4));
+    EXPECT_TRUE(fake::logged(
+        "httpRequest() failed (requestId: " + fake::calls().at(1).fields.at("requestId").at(0) +
+            "; status: 0; error message: connection refused; "
+            "error code: Error (code: 602, message: ",
+        4));
 }
 
 TEST_F(DirectTest, UserProfileAnswerCases) {
@@ -303,9 +306,10 @@ TEST_F(DirectTest, UserProfileAnswerCases) {
     fake::pushAnswer(late);
     EXPECT_EQ(GetUserProfileAPI::request(userId, "client", "tok"), 0);
     EXPECT_EQ(userId, 18446744073709551615ull);
-    EXPECT_TRUE(fake::logged("httpRequest() failed (status: 200; error message: ; error code: "
-                             "Error (code: 603",
-                             4));
+    EXPECT_TRUE(
+        fake::logged("httpRequest() failed (status: 200; error message: ; error code: "
+                     "Error (code: 603",
+                     4));
     EXPECT_TRUE(fake::logged("Get userId =18446744073709551615", 2));
 }
 
