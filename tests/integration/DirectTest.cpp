@@ -31,6 +31,7 @@ class DirectTest : public velmar::testing::CloudFixture {
         setenv("VELMAR_DNS_SERVERS", cloud().dnsServers().c_str(), 1);
     }
     void TearDown() override {
+        account_.reset();
         unsetenv("VELMAR_DNS_SERVERS");
         unsetenv("VELMAR_RESOLVE");
         unsetenv("VELMAR_LOG_STDERR");
