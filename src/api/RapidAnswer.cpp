@@ -52,9 +52,7 @@ RapidAnswer::RapidAnswer(const std::string& text) : mDocument(nullptr, kParseSta
 }
 
 const rapidjson::Value* RapidAnswer::member(const char* name) const {
-    if (!mParsed || !mDocument.IsObject()) return nullptr;
-    auto it = mDocument.FindMember(name);
-    return it == mDocument.MemberEnd() ? nullptr : &it->value;
+    return mParsed ? memberOf(mDocument, name) : nullptr;
 }
 
 bool RapidAnswer::getInt(const char* name, int& out) const {
@@ -74,6 +72,12 @@ bool RapidAnswer::getString(const char* name, std::string& out) const {
 const rapidjson::Value* RapidAnswer::getObject(const char* name) const {
     const rapidjson::Value* value = member(name);
     return value != nullptr && value->IsObject() ? value : nullptr;
+}
+
+const rapidjson::Value* memberOf(const rapidjson::Value& object, const char* name) {
+    if (!object.IsObject()) return nullptr;
+    auto it = object.FindMember(name);
+    return it == object.MemberEnd() ? nullptr : &it->value;
 }
 
 std::string stringOf(const rapidjson::Value& value) {

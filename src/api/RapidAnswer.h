@@ -42,6 +42,9 @@ class RapidAnswer {
     bool mParsed = false;
 };
 
+// Member `name` of `object`; null when `object` is no object or lacks it.
+const rapidjson::Value* memberOf(const rapidjson::Value& object, const char* name);
+
 // The text of a string value (which may hold NUL characters).
 std::string stringOf(const rapidjson::Value& value);
 

@@ -11,6 +11,10 @@ void registerAllRoutes(Cloud& cloud) {
     registerStatusRoutes(cloud);
     registerTokenRoutes(cloud);
     registerCredentialRoutes(cloud);
+    registerUpgradeRoutes(cloud);
+    registerTimeRoutes(cloud);
+    registerLogRoutes(cloud);
+    registerUserRoutes(cloud);
 }
 
 }  // namespace quilcloud

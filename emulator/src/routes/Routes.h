@@ -13,6 +13,10 @@ void registerSerialRoutes(Cloud& cloud);
 void registerStatusRoutes(Cloud& cloud);
 void registerTokenRoutes(Cloud& cloud);
 void registerCredentialRoutes(Cloud& cloud);
+void registerUpgradeRoutes(Cloud& cloud);
+void registerTimeRoutes(Cloud& cloud);
+void registerLogRoutes(Cloud& cloud);
+void registerUserRoutes(Cloud& cloud);
 
 // Every family, called once by each Cloud when it is made.
 void registerAllRoutes(Cloud& cloud);

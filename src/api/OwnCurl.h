@@ -1,0 +1,49 @@
+// The one libcurl handle the library drives itself (the multipart log
+// upload). The porting layer's transport is out of reach here, since a
+// firmware may link the maker's own port instead of the host one, so this
+// handle applies the host port's connection rules on its own: TLS verified
+// against the system store plus $VELMAR_CA_FILE, $VELMAR_RESOLVE pins, and
+// no protocol but HTTP(S).
+#pragma once
+
+#include <curl/curl.h>
+
+#include <string>
+
+namespace velmar {
+namespace quil {
+namespace api {
+namespace detail {
+
+class OwnCurl {
+  public:
+    OwnCurl();  // null handle() when libcurl could not make one
+    ~OwnCurl();
+    OwnCurl(const OwnCurl&) = delete;
+    OwnCurl& operator=(const OwnCurl&) = delete;
+
+    CURL* handle() const { return mHandle; }
+
+    // Sets one option unless an earlier one was refused; setResult() tells
+    // the first refusal (CURLE_OK when none).
+    template <typename T>
+    void set(CURLoption option, T value) {
+        if (mSet == CURLE_OK) mSet = curl_easy_setopt(mHandle, option, value);
+    }
+    CURLcode setResult() const { return mSet; }
+
+    // Applies the host rules above for a transfer to `url`; false with the
+    // reason in `error`.
+    bool applyHostRules(const std::string& url, std::string& error);
+
+  private:
+    CURL* mHandle = nullptr;
+    CURLcode mSet = CURLE_OK;
+    curl_slist* mResolve = nullptr;
+    std::string mCaBundle;  // must outlive the transfer: libcurl borrows it
+};
+
+}  // namespace detail
+}  // namespace api
+}  // namespace quil
+}  // namespace velmar

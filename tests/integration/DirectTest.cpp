@@ -1,0 +1,226 @@
+// The directly addressed services through the host port against the local
+// cloud. The upgrade check's resolver list is always replaced by the cloud's
+// own DNS responder; the fixed account address is pinned to a second cloud
+// that carries the account name in its certificate.
+#include <unistd.h>
+
+#include <fstream>
+#include <random>
+
+#include "CloudFixture.h"
+#include "velmar/http/HTTPRequest.h"
+#include "velmar/quil/api/ActionLogAPI.h"
+#include "velmar/quil/api/BindAPI.h"
+#include "velmar/quil/api/GetUserProfileAPI.h"
+#include "velmar/quil/api/LogUploadAPI.h"
+#include "velmar/quil/api/TimeSyncAPI.h"
+#include "velmar/quil/api/UpgradeAPI.h"
+
+using namespace velmar::quil::api;
+
+namespace {
+
+const char kAccountHost[] = "account.velmar-cloud.test";
+
+class DirectTest : public velmar::testing::CloudFixture {
+  protected:
+    int dnsPort() const override { return 0; }
+
+    void SetUp() override {
+        CloudFixture::SetUp();
+        setenv("VELMAR_DNS_SERVERS", cloud().dnsServers().c_str(), 1);
+    }
+    void TearDown() override {
+        account_.reset();
+        unsetenv("VELMAR_DNS_SERVERS");
+        unsetenv("VELMAR_RESOLVE");
+        unsetenv("VELMAR_LOG_STDERR");
+        CloudFixture::TearDown();
+    }
+
+    static bool check(std::string& link, long long& size, const std::string& version) {
+        return UpgradeAPI::checkUpgrade(link, size, "quil.speaker.v2", "f-01", version, "release",
+                                        "zh_CN", "CN");
+    }
+
+    // The library's log lines of `call`, mirrored to standard error.
+    template <typename F>
+    static std::string logsOf(F call) {
+        setenv("VELMAR_LOG_STDERR", "1", 1);
+        ::testing::internal::CaptureStderr();
+        call();
+        return ::testing::internal::GetCapturedStderr();
+    }
+
+    // The account service on port 443 of a loopback address of its own, so
+    // that test processes running side by side do not meet.
+    bool startAccountCloud() {
+        std::random_device random;
+        for (int attempt = 0; attempt < 8; ++attempt) {
+            const std::string address = "127." + std::to_string(1 + random() % 250) + "." +
+                                        std::to_string(random() % 256) + ".7";
+            quilcloud::Cloud::Options options;
+            options.tls = true;
+            options.bindAddress = address;
+            options.port = 443;
+            options.extraNames = {kAccountHost};
+            options.workDir = (root() / "account").string();
+            account_ = std::make_unique<quilcloud::Cloud>(options);
+            if (account_->start()) {
+                setenv("VELMAR_CA_FILE", account_->caFile().c_str(), 1);
+                setenv("VELMAR_RESOLVE", (std::string(kAccountHost) + ":443:" + address).c_str(),
+                       1);
+                return true;
+            }
+        }
+        return false;
+    }
+
+    std::unique_ptr<quilcloud::Cloud> account_;
+};
+
+TEST_F(DirectTest, UpgradeCheckFindsTheOfferForAnOlderVersionOnly) {
+    std::string link;
+    long long size = -1;
+    ASSERT_TRUE(check(link, size, "2.14.3"));
+    EXPECT_EQ(link, "https://ota.velmar-cloud.test/images/quil.speaker.v2/2.15.0/update.bin");
+    EXPECT_EQ(size, 73400320);
+
+    link.clear();
+    size = -1;
+    ASSERT_TRUE(check(link, size, "2.15.0"));
+    EXPECT_EQ(link, "");
+    EXPECT_EQ(size, -1);
+    // Answered first time: the resolver list was never needed.
+    EXPECT_EQ(cloud().received().size(), 2u);
+    EXPECT_TRUE(cloud().dnsQueries().empty());
+}
+
+TEST_F(DirectTest, UpgradeRetryResolvesThroughTheLoopbackResolver) {
+    const std::string port = std::to_string(cloud().port());
+    writeConfig({{"sVeWiFiAPIURL", "http://upgrade.velmar-cloud.test:" + port}});
+    // The first attempt is pinned to an address where nothing listens.
+    setenv("VELMAR_RESOLVE", ("upgrade.velmar-cloud.test:" + port + ":127.0.0.2").c_str(), 1);
+    cloud().setDnsAnswer("upgrade.velmar-cloud.test", "127.0.0.1");
+    std::string link;
+    long long size = -1;
+    const std::string logged = logsOf([&] { EXPECT_TRUE(check(link, size, "2.14.3")); });
+    EXPECT_EQ(size, 73400320);
+    EXPECT_EQ(cloud().dnsQueries(), std::vector<std::string>{"upgrade.velmar-cloud.test"});
+    EXPECT_EQ(cloud().received().size(), 1u);
+    EXPECT_NE(logged.find("HTTPRequest failed (status: 0, error code: Error (code: 602"),
+              std::string::npos)
+        << logged;
+}
+
+TEST_F(DirectTest, UpgradeCheckFailsOnAMissingUnreachableOrFailingService) {
+    std::string link;
+    long long size = -1;
+    cloud().script("/rs/grayupgrade/v2/quil.speaker.v2", quilcloud::Scripted::answer(500, "{}"));
+    EXPECT_FALSE(check(link, size, "2.14.3"));
+    EXPECT_EQ(cloud().received().size(), 2u);  // the first attempt and one retry
+
+    writeConfig({{"sVeWiFiAPIURL", "http://127.0.0.1:1"}});
+    EXPECT_FALSE(check(link, size, "2.14.3"));
+    writeConfig({});
+    const std::string logged = logsOf([&] { EXPECT_FALSE(check(link, size, "2.14.3")); });
+    EXPECT_NE(logged.find("URL: /rs/grayupgrade/v2/quil.speaker.v2"), std::string::npos) << logged;
+    EXPECT_EQ(link, "");
+    EXPECT_TRUE(cloud().dnsQueries().empty());
+}
+
+TEST_F(DirectTest, TimeSyncGivesTheServiceTimeOrTheFailureStatus) {
+    const long long before = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                 std::chrono::system_clock::now().time_since_epoch())
+                                 .count();
+    long long serverTime = 0;
+    ASSERT_EQ(TimeSyncAPI::request(serverTime), 0);
+    EXPECT_GE(serverTime, before);
+    EXPECT_LT(serverTime, before + 60000);
+
+    cloud().script("/time/sync", quilcloud::Scripted::answer(200, "<html>busy</html>"));
+    EXPECT_EQ(TimeSyncAPI::request(serverTime), 610);
+    cloud().script("/time/sync", quilcloud::Scripted::answer(404, "{}"));
+    EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
+    writeConfig({});
+    EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
+}
+
+TEST_F(DirectTest, LogUploadsArriveIntact) {
+    std::string response;
+    ASSERT_TRUE(LogUploadAPI::upload(response, "common-a-b-c", "2.14.3", "dev-1", "line 1\nx&y=z"));
+    EXPECT_NE(response.find("\"code\":0"), std::string::npos) << response;
+    auto form = cloud().received("/log/common/common-a-b-c");
+    ASSERT_EQ(form.size(), 1u);
+    EXPECT_EQ(form[0].param("payload"), "line 1\nx&y=z");
+
+    // Every byte value, twice over, and a size beyond one socket write.
+    std::string archive;
+    for (int i = 0; i < 200000; ++i)
+        archive += static_cast<char>((i * 7 + i / 256) & 0xff);
+    const std::string path = (root() / "logs.tar.gz").string();
+    std::ofstream(path, std::ios::binary) << archive;
+    response = "kept:";
+    ASSERT_TRUE(
+        LogUploadAPI::uploadLite(response, "common-l", "2.14.3", "dev-1", "1700000000", path));
+    EXPECT_EQ(response.rfind("kept:{", 0), 0u) << response;  // appended
+    auto lite = cloud().received("/log/lite/common/common-l");
+    ASSERT_EQ(lite.size(), 1u);
+    EXPECT_TRUE(lite[0].files.at("payload") == archive);
+    EXPECT_EQ(lite[0].param("_t"), "1700000000");
+    EXPECT_EQ(lite[0].param("extra_data"), "{\"version\":\"2.14.3\", \"suffix\":\"tar.gz\"}");
+
+    const std::string logged = logsOf([&] {
+        EXPECT_FALSE(LogUploadAPI::uploadLite(response, "common-l", "2.14.3", "dev-1", "1",
+                                              path + ".missing"));
+    });
+    EXPECT_NE(logged.find("curl_easy_perform() failed: "), std::string::npos) << logged;
+}
+
+TEST_F(DirectTest, ActionLogAndBindingReachTheirServices) {
+    std::string response;
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(ActionLogAPI::upload(response, "d-1", "{\"a\":1}", baseUrl()), 0);
+    const std::string printed = ::testing::internal::GetCapturedStdout();
+    EXPECT_NE(printed.find("success: 1\nstatusCode: 200\n"), std::string::npos) << printed;
+    EXPECT_EQ(cloud().received("/action/v2/c/d-1").at(0).param("payload"), "{\"a\":1}");
+
+    ASSERT_EQ(BindAPI::bind(response, 1001, "bind-payload"), 0);
+    EXPECT_NE(response.find("\"code\":0"), std::string::npos) << response;
+    ASSERT_EQ(BindAPI::bind(response, 1001, "bind-payload"), 0);
+    EXPECT_NE(response.find("\"code\":0"), std::string::npos) << response;  // a fresh request ID
+    EXPECT_EQ(cloud().received("/bind/").at(0).param("userId"), "1001");
+}
+
+TEST_F(DirectTest, UserProfileAnswersForATokenTheAccountServiceIssued) {
+    if (!startAccountCloud()) GTEST_SKIP() << "no loopback port 443 to serve the account on";
+    int status = 0;
+    std::string answer;
+    velmar::utils::ErrorType error = velmar::utils::ERROR_NONE;
+    std::string errorMessage;
+    ASSERT_TRUE(velmar::http::HTTPRequest::httpRequest(
+        status, answer, error, errorMessage, std::string("https://") + kAccountHost, "user/token",
+        "userId=4242&clientId=app-1", "POST", {}, 15000))
+        << errorMessage;
+    const size_t at = answer.find("\"token\":\"");
+    ASSERT_NE(at, std::string::npos) << answer;
+    const std::string token = answer.substr(at + 9, answer.find('"', at + 9) - at - 9);
+
+    unsigned long long userId = 0;
+    ASSERT_EQ(GetUserProfileAPI::request(userId, "app-1", token), 0);
+    EXPECT_EQ(userId, 4242u);
+    EXPECT_EQ(GetUserProfileAPI::request(userId, "app-2", token), 101);
+    EXPECT_EQ(GetUserProfileAPI::request(userId, "app-1", token + "x"), 101);
+
+    // The library's own libcurl upload keeps to the same TLS and pinning rules.
+    writeConfig({{"sVeWiFiLOGURL", std::string("https://") + kAccountHost}});
+    const std::string path = (root() / "small.tar.gz").string();
+    std::ofstream(path) << "abc";
+    std::string response;
+    EXPECT_TRUE(LogUploadAPI::uploadLite(response, "common-t", "1", "d", "1", path));
+    EXPECT_EQ(account_->received("/log/lite/common/common-t").size(), 1u);
+    unsetenv("VELMAR_CA_FILE");  // the run's own CA is then unknown
+    EXPECT_FALSE(LogUploadAPI::uploadLite(response, "common-t", "1", "d", "1", path));
+}
+
+}  // namespace

@@ -1,0 +1,316 @@
+// The directly addressed services on the fake port. Signature vectors were
+// computed outside this code base (Python's hashlib and base64).
+#include <map>
+
+#include "velmar/crypto/BaseEncoding.h"
+#include "velmar/fake/FakeTest.h"
+#include "velmar/quil/api/ActionLogAPI.h"
+#include "velmar/quil/api/BindAPI.h"
+#include "velmar/quil/api/GetUserProfileAPI.h"
+#include "velmar/quil/api/LogUploadAPI.h"
+#include "velmar/quil/api/TimeSyncAPI.h"
+#include "velmar/quil/api/UpgradeAPI.h"
+
+using namespace velmar::quil::api;
+namespace fake = velmar::fake;
+using Params = std::map<std::string, std::string>;
+
+namespace {
+
+const char kUpgradeSecret[] = "3f6a1c9e-2b7d-4e80-9c5a-71d0e4b2f863";
+const char kResolvers[] = "1.1.1.1,8.8.8.8,9.9.9.9";
+const char kOffer[] = "{\"code\":\"0\",\"data\":{\"upgradeInfo\":{\"link\":\"L\",\"size\":7}}}";
+
+class DirectTest : public fake::FakeTest {
+  protected:
+    void SetUp() override {
+        FakeTest::SetUp();
+        fake::setConfig("sVeWiFiAPIURL", "https://upgrade.test");
+        fake::setConfig("sVeWiFiLOGURL", "https://log.test");
+        fake::setConfig("sTimeSyncURL", "https://time.test/sync");
+        fake::setConfig("sQuilAPIURL", "https://cloud.test");
+    }
+
+    static bool check(std::string& link, long long& size) {
+        return UpgradeAPI::checkUpgrade(link, size, "quil.speaker.v2", "f-01", "2.14.3", "release",
+                                        "zh_CN", "CN");
+    }
+    static fake::Answer answer(bool ok, int status, velmar::utils::ErrorType error) {
+        fake::Answer a;
+        a.ok = ok;
+        a.status = status;
+        a.error = error;
+        a.body = kOffer;
+        return a;
+    }
+};
+
+TEST_F(DirectTest, UpgradeSignatureSortsWholePairsAndAppendsTheSecret) {
+    const std::pair<Params, const char*> vectors[] = {
+        {{{"a", "1"}, {"ab", "2"}}, "AFA1A1C6342A653567A5F5EC18785A1C"},
+        {{}, "F3563C0986C8CD32CFD901D5434FB000"},
+        // "a+=2" sorts before "a=1", against the key order of the map.
+        {{{"a", "1"}, {"a+", "2"}}, "3DA907446359F2E38B2E3EC3A122946D"},
+    };
+    std::string key = kUpgradeSecret;
+    for (const auto& [params, expected] : vectors) {
+        std::string s;
+        UpgradeAPI::computeS(s, params, key);
+        EXPECT_EQ(s, expected) << params.size();
+    }
+}
+
+TEST_F(DirectTest, UpgradeCheckSendsTheSignedQueryToThePlatformPath) {
+    std::string link;
+    long long size = 0;
+    fake::pushBody(kOffer);
+    ASSERT_TRUE(check(link, size));
+    EXPECT_EQ(link, "L");
+    EXPECT_EQ(size, 7);
+    ASSERT_EQ(fake::calls().size(), 1u);
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.overload, fake::Overload::Url);
+    EXPECT_EQ(call.url, "https://upgrade.test/rs/grayupgrade/v2/quil.speaker.v2");
+    EXPECT_EQ(call.method, "GET");
+    EXPECT_EQ(call.timeoutMs, 15000);
+    EXPECT_EQ(call.decodedParams(), (Params{{"channel", "release"},
+                                            {"countryCode", "CN"},
+                                            {"filterID", "f-01"},
+                                            {"locale", "zh_CN"},
+                                            {"platform", "quil.speaker.v2"},
+                                            {"version", "2.14.3"},
+                                            {"s", "A9AC0A5D852F510AF59438E6D95695F0"}}));
+    EXPECT_TRUE(fake::logged("URL: https://upgrade.test/rs/grayupgrade/v2/quil.speaker.v2", 2));
+    EXPECT_TRUE(fake::logged("Params: channel=release&countryCode=CN&", 2));
+}
+
+TEST_F(DirectTest, UpgradeRetriesOnceThroughTheResolverListOnlyAfterAFailure) {
+    using velmar::utils::ERROR_HTTP_FAILED;
+    using velmar::utils::ERROR_NONE;
+    std::string link;
+    long long size = 0;
+    // A transport failure, a 200 with an error value, a non-200: each gets one retry.
+    for (const fake::Answer& first :
+         {answer(false, 0, velmar::utils::ERROR_HTTP_CONNECT), answer(true, 200, ERROR_HTTP_FAILED),
+          answer(true, 503, ERROR_NONE)}) {
+        fake::reset();
+        SetUp();
+        fake::pushAnswer(first);
+        fake::pushBody(kOffer);
+        EXPECT_TRUE(check(link, size));
+        ASSERT_EQ(fake::calls().size(), 2u);
+        const fake::Call& retry = fake::calls().at(1);
+        EXPECT_EQ(retry.overload, fake::Overload::UrlWithDns);
+        EXPECT_EQ(retry.dnsServers, kResolvers);
+        EXPECT_EQ(retry.url, fake::calls().at(0).url);
+        EXPECT_EQ(retry.params, fake::calls().at(0).params);
+        EXPECT_TRUE(fake::logged(std::string("try use dns list ") + kResolvers + " and retry", 4));
+    }
+    EXPECT_TRUE(fake::logged("HTTPRequest failed (status: 503, error code: Error (code: 0", 4));
+
+    fake::reset();
+    SetUp();
+    fake::pushBody(kOffer);
+    EXPECT_TRUE(check(link, size));
+    EXPECT_EQ(fake::calls().size(), 1u);  // no retry after a success
+
+    fake::pushAnswer(answer(true, 500, ERROR_NONE));
+    fake::pushFailure(velmar::utils::ERROR_HTTP_RESOLVE, "no such host");
+    fake::pushBody(kOffer);  // never asked for: there is no third attempt
+    EXPECT_FALSE(check(link, size));
+    EXPECT_EQ(fake::calls().size(), 3u);
+    EXPECT_TRUE(
+        fake::logged("HTTPRequest failed (status: 0, error code: Error (code: 601, message: ", 4));
+    EXPECT_TRUE(fake::logged(", error message: no such host)", 4));
+}
+
+TEST_F(DirectTest, UpgradeAnswerCases) {
+    struct Case {
+        const char* body;
+        bool ok;
+        const char* link;
+        long long size;
+        const char* line;
+    };
+    const Case cases[] = {
+        {kOffer, true, "L", 7, nullptr},
+        {"{\"code\":\"0\",\"data\":{}}", true, "", -1, "No need to upgrade: "},
+        {"{\"code\":0,\"data\":{}}", false, "", -1, "Invalid result: "},
+        {"{\"code\":\"3\",\"data\":{}}", false, "", -1, "Error result: "},
+        {"{\"code\":\"0\"}", false, "", -1, "Invalid result: "},
+        {"{\"code\":\"0\",\"data\":{\"upgradeInfo\":{\"size\":7}}}", false, "", -1,
+         "Invalid result: "},
+        {"{\"code\":\"0\",\"data\":{\"upgradeInfo\":{\"link\":\"L\"}}}", false, "L", -1,
+         "Invalid result: "},
+        {"<html>", false, "", -1, "Invalid JSON: "},
+    };
+    for (const Case& c : cases) {
+        fake::reset();
+        SetUp();
+        fake::pushBody(c.body);
+        std::string link;
+        long long size = -1;
+        EXPECT_EQ(check(link, size), c.ok) << c.body;
+        EXPECT_EQ(link, c.link) << c.body;
+        EXPECT_EQ(size, c.size) << c.body;
+        if (c.line != nullptr) {
+            EXPECT_TRUE(fake::logged(std::string(c.line) + c.body, c.ok ? 2 : 4)) << c.body;
+        }
+    }
+}
+
+TEST_F(DirectTest, TimeSyncTakesAnIntegerTimeFromA200Only) {
+    long long serverTime = -1;
+    fake::pushBody("{\"code\":0,\"data\":{\"t\":42}}");
+    EXPECT_EQ(TimeSyncAPI::request(serverTime), 0);
+    EXPECT_EQ(serverTime, 42);
+    EXPECT_EQ(fake::calls().at(0).url, "https://time.test/sync");
+    EXPECT_EQ(fake::calls().at(0).params, "");
+    EXPECT_TRUE(fake::logged("time sync result: {\"code\":0,\"data\":{\"t\":42}}", 2));
+
+    for (const char* body :
+         {"{\"code\":\"0\",\"data\":{\"t\":1}}", "{\"code\":0,\"data\":{\"t\":1.5}}",
+          "{\"code\":0,\"data\":{\"t\":\"1\"}}", "{\"code\":2,\"data\":{\"t\":1}}",
+          "{\"code\":0,\"data\":[1]}", "{\"code\":0}", "null", "t=1"}) {
+        fake::pushBody(body);
+        EXPECT_EQ(TimeSyncAPI::request(serverTime), 610) << body;
+        EXPECT_TRUE(fake::logged(std::string("Invalid result: ") + body, 4)) << body;
+    }
+    fake::pushBody("gone", 404);
+    EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
+    EXPECT_TRUE(
+        fake::logged("HTTPRequest::httpGet() none 200 status code: 404; result: gone (error: )"));
+    fake::pushFailure();
+    EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
+    EXPECT_TRUE(
+        fake::logged("HTTPRequest::httpGet() not successful (error: connection refused)", 4));
+    EXPECT_EQ(serverTime, 42);
+}
+
+TEST_F(DirectTest, LogUploadSignsTheRawFormWithUrlSafeBase64) {
+    EXPECT_EQ(LogUploadAPI::generateUploadID("a", "b", "c"), "common-a-b-c");
+    EXPECT_EQ(LogUploadAPI::generateUploadID("", "", ""), "common---");
+
+    std::string response;
+    fake::pushBody("refused", 500);  // the status is the caller's to judge
+    EXPECT_TRUE(LogUploadAPI::upload(response, "common-x", "2.14.3", "dev-4", "p=1&q"));
+    EXPECT_EQ(response, "refused");
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.overload, fake::Overload::BaseAndPath);
+    EXPECT_EQ(call.baseUrl, "https://log.test");
+    EXPECT_EQ(call.path, "/log/common/common-x");
+    EXPECT_EQ(call.method, "POST");
+    // The digest's standard Base64 holds a "+", sent as "-".
+    EXPECT_EQ(call.decodedParams(),
+              (Params{{"_n", "00000000-0000-4000-8000-000000000001"},
+                      {"_t", "1700000000000"},
+                      {"_s", "Fr6s3biIs-2DlZHQPjGdYQ"},
+                      {"extra_data", "eyJ2ZXJzaW9uIjoiMi4xNC4zIiwgInN1ZmZpeCI6Imd6In0"},
+                      {"id", "dev-4"},
+                      {"payload", "p=1&q"}}));
+
+    fake::pushFailure();
+    EXPECT_FALSE(LogUploadAPI::upload(response, "common-x", "1", "d", "p"));
+    EXPECT_TRUE(fake::logged("httpRequest() failed", 4));
+    fake::Answer errorValue;
+    errorValue.error = velmar::utils::ERROR_HTTP_TOO_LARGE;
+    fake::pushAnswer(errorValue);
+    EXPECT_FALSE(LogUploadAPI::upload(response, "common-x", "1", "d", "p"));
+    EXPECT_TRUE(fake::logged("httpRequest() failed with error: Error (code: 607", 4));
+}
+
+TEST_F(DirectTest, ActionLogNonceIsAUuidGroupAndBigEndianMinutes) {
+    fake::pushUuid("abcdef12-3456-4789-8abc-def012345678");
+    fake::setNow((0x100000000LL + 0x01020304) * 60000 + 59999);  // minutes beyond 32 bits
+    fake::pushBody("{\"code\":0}");
+    std::string response;
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(ActionLogAPI::upload(response, "d-1", "rec", "https://collector.test"), 0);
+    const std::string printed = ::testing::internal::GetCapturedStdout();
+
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.baseUrl, "https://collector.test");
+    EXPECT_EQ(call.path, "/action/v2/c/d-1");
+    EXPECT_EQ(call.params, "_nonce=YWJjZGVmMTIBAgME&payload=rec");
+    EXPECT_EQ(velmar::crypto::BaseEncoding::encodeB64(
+                  {'a', 'b', 'c', 'd', 'e', 'f', '1', '2', 0x01, 0x02, 0x03, 0x04}),
+              "YWJjZGVmMTIBAgME");
+    EXPECT_EQ(fake::randomDraws(), (std::vector<unsigned>{32, 16}));
+    EXPECT_EQ(printed,
+              "did: d-1\npayload: rec\nhost: https://collector.test\nnonce: YWJjZGVmMTIBAgME\n"
+              "success: 1\nstatusCode: 200\nresponse: {\"code\":0}\n"
+              "errorCode: Error (code: 0, message: success)\nerrorMessage: \n");
+
+    // Unreachable, with no device ID: still 0, the failure only printed.
+    std::string none;
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(ActionLogAPI::upload(none, "", "rec", "https://collector.test"), 0);
+    const std::string failed = ::testing::internal::GetCapturedStdout();
+    EXPECT_EQ(none, "");
+    EXPECT_EQ(fake::calls().at(1).path, "/action/v2/c/");
+    EXPECT_NE(failed.find("success: 0\nstatusCode: 0\n"), std::string::npos) << failed;
+}
+
+TEST_F(DirectTest, BindPostsAFreshRequestIdAndIgnoresTheStatus) {
+    std::string response;
+    fake::pushBody("{\"code\":9}", 500);
+    EXPECT_EQ(BindAPI::bind(response, -1, "pl"), 0);
+    EXPECT_EQ(response, "{\"code\":9}");
+    fake::pushFailure();
+    EXPECT_EQ(BindAPI::bind(response, 1001, "pl"), 604);
+
+    const fake::Call& first = fake::calls().at(0);
+    EXPECT_EQ(first.overload, fake::Overload::Form);
+    EXPECT_EQ(first.baseUrl, "https://cloud.test");
+    EXPECT_EQ(first.path, "/bind/");
+    EXPECT_EQ(first.method, "POST");
+    EXPECT_EQ(first.fields.at("payload"), std::vector<std::string>{"pl"});
+    EXPECT_EQ(first.fields.at("userId"), std::vector<std::string>{"-1"});
+    EXPECT_NE(first.fields.at("requestId"), fake::calls().at(1).fields.at("requestId"));
+    EXPECT_TRUE(fake::logged(
+        "httpRequest() failed (requestId: " + fake::calls().at(1).fields.at("requestId").at(0) +
+            "; status: 0; error message: connection refused; "
+            "error code: Error (code: 602, message: ",
+        4));
+}
+
+TEST_F(DirectTest, UserProfileAnswerCases) {
+    const std::pair<const char*, int> cases[] = {
+        {"{\"result\":\"error\"}", 101},
+        {"{\"result\":\"ok\",\"data\":[]}", 101},
+        {"{\"result\":\"ok\",\"data\":{}}", 101},
+        {"{\"result\":\"ok\",\"data\":{\"userId\":\"5\"}}", 101},
+        {"{\"result\":0}", 604},
+        {"[\"ok\"]", 604},
+        {"", 604},
+    };
+    unsigned long long userId = 1;
+    for (const auto& [body, expected] : cases) {
+        fake::pushBody(body);
+        EXPECT_EQ(GetUserProfileAPI::request(userId, "client", "tok"), expected) << body;
+    }
+    EXPECT_EQ(userId, 1u);
+    EXPECT_TRUE(fake::logged("Invalid Type displayname!", 4));
+    EXPECT_TRUE(fake::logged("Invalid result:document.IsNull!", 4));
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.baseUrl, "https://account.velmar-cloud.test");
+    EXPECT_EQ(call.path, "user/profile");
+    EXPECT_EQ(call.method, "GET");
+    EXPECT_EQ(call.params, "clientId=client&token=tok");
+
+    // A body that came with a transport error is still read.
+    fake::Answer late;
+    late.ok = false;
+    late.error = velmar::utils::ERROR_HTTP_TIMEOUT;
+    late.body = "{\"result\":\"ok\",\"data\":{\"userId\":18446744073709551615}}";
+    fake::pushAnswer(late);
+    EXPECT_EQ(GetUserProfileAPI::request(userId, "client", "tok"), 0);
+    EXPECT_EQ(userId, 18446744073709551615ull);
+    EXPECT_TRUE(
+        fake::logged("httpRequest() failed (status: 200; error message: ; error code: "
+                     "Error (code: 603",
+                     4));
+    EXPECT_TRUE(fake::logged("Get userId =18446744073709551615", 2));
+}
+
+}  // namespace
