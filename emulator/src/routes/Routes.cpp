@@ -10,6 +10,7 @@ void registerAllRoutes(Cloud& cloud) {
     registerSerialRoutes(cloud);
     registerStatusRoutes(cloud);
     registerTokenRoutes(cloud);
+    registerMusicRoutes(cloud);
 }
 
 }  // namespace quilcloud

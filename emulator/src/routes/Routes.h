@@ -12,6 +12,7 @@ void registerNotificationRoutes(Cloud& cloud);
 void registerSerialRoutes(Cloud& cloud);
 void registerStatusRoutes(Cloud& cloud);
 void registerTokenRoutes(Cloud& cloud);
+void registerMusicRoutes(Cloud& cloud);
 
 // Every family, called once by each Cloud when it is made.
 void registerAllRoutes(Cloud& cloud);
