@@ -24,15 +24,23 @@ using music::SongList;
 
 constexpr size_t kMaxPage = 50;
 
+void put(Writer& writer, const char* key, const std::string& value) {
+    writer.Key(key);
+    writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
+}
+
+void put(Writer& writer, const char* key, long long value) {
+    writer.Key(key);
+    writer.Int64(value);
+}
+
 // {"code":0,"message":"ok","data":...} with `data` written by the caller.
 void answerOk(Reply& reply, const std::function<void(Writer&)>& data) {
     rapidjson::StringBuffer buffer;
     Writer writer(buffer);
     writer.StartObject();
-    writer.Key("code");
-    writer.Int(0);
-    writer.Key("message");
-    writer.String("ok");
+    put(writer, "code", 0);
+    put(writer, "message", "ok");
     writer.Key("data");
     data(writer);
     writer.EndObject();
@@ -43,25 +51,19 @@ void answerOk(Reply& reply, const std::function<void(Writer&)>& data) {
 // unknown, no "origin" when the song has no source, "originSongID" always.
 void writeSong(Writer& writer, const Song& song) {
     writer.StartObject();
-    writer.Key("songID");
-    writer.Int64(song.songId);
-    writer.Key("name");
-    writer.String(song.name);
+    put(writer, "songID", song.songId);
+    put(writer, "name", song.name);
     if (song.artist != nullptr) {
         writer.Key("artist");
         writer.StartObject();
-        writer.Key("name");
-        writer.String(song.artist);
+        put(writer, "name", song.artist);
         writer.EndObject();
     }
     if (*song.origin != '\0') {
-        writer.Key("origin");
-        writer.String(song.origin);
+        put(writer, "origin", song.origin);
     }
-    writer.Key("originSongID");
-    writer.String(song.originSongId);
-    writer.Key("duration");
-    writer.Int(song.durationSec);
+    put(writer, "originSongID", song.originSongId);
+    put(writer, "duration", song.durationSec);
     writer.EndObject();
 }
 
@@ -118,14 +120,10 @@ void notFound(Reply& reply, const std::string& what) {
 void answerSongPage(Reply& reply, const SongList& list, size_t offset, size_t count) {
     answerOk(reply, [&](Writer& w) {
         w.StartObject();
-        w.Key("listId");
-        w.Int64(std::stoll(list.id));
-        w.Key("name");
-        w.String(list.name);
-        w.Key("total");
-        w.Uint64(list.songIds.size());
-        w.Key("offset");
-        w.Uint64(offset);
+        put(w, "listId", std::stoll(list.id));
+        put(w, "name", list.name);
+        put(w, "total", list.songIds.size());
+        put(w, "offset", offset);
         w.Key("songList");
         writeSongs(w, list.songIds, offset, count);
         w.EndObject();
@@ -181,12 +179,9 @@ void registerSongRoutes(Cloud& cloud) {
                         w.StartArray();
                         for (const SongList& list : music::accountPlaylists()) {
                             w.StartObject();
-                            w.Key("id");
-                            w.Int64(std::stoll(list.id));
-                            w.Key("name");
-                            w.String(list.name);
-                            w.Key("songCount");
-                            w.Uint64(list.songIds.size());
+                            put(w, "id", std::stoll(list.id));
+                            put(w, "name", list.name);
+                            put(w, "songCount", list.songIds.size());
                             w.EndObject();
                         }
                         w.EndArray();
@@ -216,8 +211,7 @@ void registerSongRoutes(Cloud& cloud) {
                                 playable.end());
                     answerOk(reply, [&](Writer& w) {
                         w.StartObject();
-                        w.Key("userId");
-                        w.String(userId.c_str());
+                        put(w, "userId", userId);
                         w.Key("songs");
                         writeSongs(w, playable, 0, std::min(static_cast<size_t>(count), kMaxPage));
                         w.EndObject();
@@ -232,18 +226,15 @@ void registerCatalogueRoutes(Cloud& cloud) {
         if (album == nullptr) return notFound(reply, "album");
         answerOk(reply, [album](Writer& w) {
             w.StartObject();
-            w.Key("albumId");
-            w.String(album->id.c_str());
-            w.Key("name");
-            w.String(album->name);
+            put(w, "albumId", album->id);
+            put(w, "name", album->name);
             w.Key("songList");
             w.StartArray();
             for (long long songId : album->songIds) {
                 w.StartObject();
                 w.Key("songID");
                 album->idsAsText ? w.String(std::to_string(songId).c_str()) : w.Int64(songId);
-                w.Key("name");
-                w.String(music::findSong(songId)->name);
+                put(w, "name", music::findSong(songId)->name);
                 w.EndObject();
             }
             w.EndArray();
@@ -256,10 +247,8 @@ void registerCatalogueRoutes(Cloud& cloud) {
         if (list == nullptr) return notFound(reply, "playlist");
         answerOk(reply, [list](Writer& w) {
             w.StartObject();
-            w.Key("listId");
-            w.String(list->id.c_str());
-            w.Key("name");
-            w.String(list->name);
+            put(w, "listId", list->id);
+            put(w, "name", list->name);
             w.Key("songList");
             writeSongs(w, list->songIds, 0, list->songIds.size());
             w.EndObject();
@@ -280,12 +269,9 @@ void registerListingRoutes(Cloud& cloud) {
             if (station == nullptr) return notFound(reply, "station");
             answerOk(reply, [&](Writer& w) {
                 w.StartObject();
-                w.Key("stationId");
-                w.String(request.param("stationId").c_str());
-                w.Key("name");
-                w.String(station->name);
-                w.Key("total");
-                w.Uint64(station->songIds.size());
+                put(w, "stationId", request.param("stationId"));
+                put(w, "name", station->name);
+                put(w, "total", station->songIds.size());
                 w.Key("sounds");
                 writeSongs(w, station->songIds, offset, count);
                 w.EndObject();
@@ -310,19 +296,16 @@ void registerListingRoutes(Cloud& cloud) {
             const size_t end = std::min(offset + count, list->songIds.size());
             answerOk(reply, [&](Writer& w) {
                 w.StartObject();
-                w.Key("listId");
-                w.String(list->id.c_str());
-                w.Key("type");
-                w.String(request.param("type").c_str());
+                put(w, "listId", list->id);
+                put(w, "type", request.param("type"));
                 if (version == 1) {
                     w.Key("hasMore");
                     w.Bool(end < list->songIds.size());
                     w.Key("list");
                 } else {
-                    w.Key("total");
-                    w.Uint64(list->songIds.size());
-                    w.Key("nextOffset");
-                    w.Int64(end < list->songIds.size() ? static_cast<long long>(end) : -1);
+                    put(w, "total", list->songIds.size());
+                    put(w, "nextOffset",
+                        end < list->songIds.size() ? static_cast<long long>(end) : -1);
                     w.Key("items");
                 }
                 writeSongs(w, list->songIds, offset, count);
@@ -368,22 +351,14 @@ void registerCourseRoutes(Cloud& cloud) {
                     const music::Lesson& lesson = course->lessons[index];
                     answerOk(reply, [&](Writer& w) {
                         w.StartObject();
-                        w.Key("alarmId");
-                        w.String(request.param("alarmId").c_str());
-                        w.Key("cp");
-                        w.String(course->cp);
-                        w.Key("cpId");
-                        w.String(course->cpId);
-                        w.Key("course");
-                        w.String(course->title);
-                        w.Key("playIndex");
-                        w.Int64(index);
-                        w.Key("playPosition");
-                        w.Int64(position);
-                        w.Key("title");
-                        w.String(lesson.title);
-                        w.Key("durationMs");
-                        w.Int64(lesson.durationSec * 1000LL);
+                        put(w, "alarmId", request.param("alarmId"));
+                        put(w, "cp", course->cp);
+                        put(w, "cpId", course->cpId);
+                        put(w, "course", course->title);
+                        put(w, "playIndex", index);
+                        put(w, "playPosition", position);
+                        put(w, "title", lesson.title);
+                        put(w, "durationMs", lesson.durationSec * 1000LL);
                         w.EndObject();
                     });
                 });
@@ -439,8 +414,7 @@ void registerMusicRoutes(Cloud& cloud) {
             });
             answerOk(reply, [logged](Writer& w) {
                 w.StartObject();
-                w.Key("logged");
-                w.Int64(logged);
+                put(w, "logged", logged);
                 w.EndObject();
             });
         });
