@@ -15,6 +15,7 @@ void registerAllRoutes(Cloud& cloud) {
     registerTimeRoutes(cloud);
     registerLogRoutes(cloud);
     registerUserRoutes(cloud);
+    registerMusicRoutes(cloud);
 }
 
 }  // namespace quilcloud

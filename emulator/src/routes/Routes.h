@@ -17,6 +17,7 @@ void registerUpgradeRoutes(Cloud& cloud);
 void registerTimeRoutes(Cloud& cloud);
 void registerLogRoutes(Cloud& cloud);
 void registerUserRoutes(Cloud& cloud);
+void registerMusicRoutes(Cloud& cloud);
 
 // Every family, called once by each Cloud when it is made.
 void registerAllRoutes(Cloud& cloud);

@@ -1,0 +1,53 @@
+#include "velmar/quil/api/MusicAlbumAPI.h"
+
+#include "api/CatalogueService.h"
+#include "api/MusicsDocument.h"
+#include "velmar/utils/Logging.h"
+
+namespace velmar {
+namespace quil {
+namespace api {
+
+utils::ErrorType MusicAlbumAPI::getMusicAlbum(std::string& result, const std::string& baseUrl,
+                                              const std::string& albumId) {
+    static const std::string path("/music/album_info");
+    // The album service is asked with one (empty) extra header line.
+    const std::vector<std::string> headers(1);
+    json::JSONObjectCleaner cleaner;
+    json_object* data = nullptr;
+    std::string response;
+    utils::ErrorType status = detail::fetchCatalogueData(data, response, cleaner, baseUrl, path,
+                                                         "albumId", albumId, headers);
+    if (status != utils::ERROR_NONE) return status;
+    json_object* songs = detail::arrayMember(data, "songList");
+    if (songs == nullptr) {
+        VLOG(4) << "Invalid response: " << response;
+        return utils::ERROR_HTTP_FAILED;
+    }
+
+    json_object* songIds = cleaner.add(json_object_new_array());
+    if (songIds == nullptr) {
+        VLOG(4) << "Create songIdListObject Error";
+        return utils::ERROR_GENERAL;
+    }
+    // Each "songID" goes over in the type the catalogue gave it.
+    const size_t length = json_object_array_length(songs);
+    for (size_t i = 0; i < length; ++i) {
+        json_object* song = json_object_array_get_idx(songs, i);
+        if (song == nullptr) {
+            VLOG(4) << "Cannot get songObject at songListObject idx:" << i;
+            return utils::ERROR_GENERAL;
+        }
+        json_object* songId = json_object_object_get(song, "songID");
+        if (songId == nullptr || !detail::appendShared(songIds, songId)) {
+            VLOG(4) << "Cannot get songIdObject at songListObject idx:" << i;
+            return utils::ERROR_GENERAL;
+        }
+    }
+    result = json_object_get_string(songIds);
+    return utils::ERROR_NONE;
+}
+
+}  // namespace api
+}  // namespace quil
+}  // namespace velmar

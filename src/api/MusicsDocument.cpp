@@ -1,0 +1,118 @@
+#include "api/MusicsDocument.h"
+
+#include "velmar/utils/Logging.h"
+
+namespace velmar {
+namespace quil {
+namespace api {
+namespace detail {
+
+namespace {
+
+// A string member of a song (borrowed), or null when it is absent or of
+// another type.
+json_object* stringMember(json_object* object, const char* key) {
+    json_object* value = nullptr;
+    if (!json_object_object_get_ex(object, key, &value)) return nullptr;
+    return json_object_is_type(value, json_type_string) ? value : nullptr;
+}
+
+bool isEmpty(json_object* text) {
+    return text == nullptr || json_object_get_string_len(text) == 0;
+}
+
+// The answer's string shared with the document, or a new "" in its place.
+json_object* sharedOrEmpty(json_object* text) {
+    return text != nullptr ? json_object_get(text) : json_object_new_string("");
+}
+
+// Hands `value` to `object` under `key` (a literal: json-c keeps the pointer
+// instead of a copy). False, `value` released, when either is missing or
+// json-c can't take it.
+bool adopt(json_object* object, const char* key, json_object* value) {
+    if (value == nullptr) return false;
+    const unsigned options = JSON_C_OBJECT_ADD_KEY_IS_NEW | JSON_C_OBJECT_ADD_CONSTANT_KEY;
+    if (object != nullptr && json_object_object_add_ex(object, key, value, options) == 0)
+        return true;
+    json_object_put(value);
+    return false;
+}
+
+// As adopt, appending to an array.
+bool adopt(json_object* array, json_object* value) {
+    if (value == nullptr) return false;
+    if (json_object_array_add(array, value) == 0) return true;
+    json_object_put(value);
+    return false;
+}
+
+utils::ErrorType createError(const char* line) {
+    VLOG(4) << line;
+    return utils::ERROR_GENERAL;
+}
+
+utils::ErrorType appendSong(json_object* musics, json_object* song, const SongListRules& rules) {
+    json_object* title = stringMember(song, "name");
+    json_object* origin = stringMember(song, "origin");
+    json_object* originSongId = stringMember(song, "originSongID");
+    long long songId = 0;
+    json::JSONUtils::getInt(song, "songID", songId);
+    json_object* artist = nullptr;
+    json::JSONUtils::getJSONObject(song, "artist", artist);
+    json_object* artistName = stringMember(artist, "name");
+    if (rules.sourcedOnly && (isEmpty(origin) || isEmpty(originSongId))) return utils::ERROR_NONE;
+
+    // The entry joins the list before it is filled, so that the list owns it
+    // whatever happens next.
+    json_object* entry = json_object_new_object();
+    if (!adopt(musics, entry)) return createError("responseSongInfoObject Create Error");
+    if (!adopt(entry, "artist_name", sharedOrEmpty(artistName)))
+        return createError("artistNameObject Create Error");
+    if (!adopt(entry, "song", sharedOrEmpty(title))) return createError("songObject Create Error");
+    if (!adopt(entry, "origin", sharedOrEmpty(origin)))
+        return createError("originObject Create Error");
+    if (!adopt(entry, "id", sharedOrEmpty(originSongId)))
+        return createError("idObject Create Error");
+    if (!adopt(entry, "global_id", json_object_new_int64(songId)))
+        return createError("globalIdObject Create Error");
+    return utils::ERROR_NONE;
+}
+
+}  // namespace
+
+utils::ErrorType writeMusics(std::string& result, json::JSONObjectCleaner& cleaner,
+                             json_object* songs, const SongListRules& rules) {
+    json_object* document = cleaner.add(json_object_new_object());
+    if (document == nullptr) return createError("responseMusicsObject Create Error");
+    const size_t length = json_object_array_length(songs);
+    json_object* musics = json_object_new_array();
+    if (!adopt(document, "musics", musics)) return createError("songInfoListObject Create Error");
+
+    for (size_t i = 0; i < length; ++i) {
+        json_object* song = json_object_array_get_idx(songs, i);
+        if (song == nullptr ||
+            (rules.objectsOnly && !json_object_is_type(song, json_type_object))) {
+            VLOG(4) << "Cannot get songInfoObject from array at idx:" << i;
+            return utils::ERROR_GENERAL;
+        }
+        utils::ErrorType status = appendSong(musics, song, rules);
+        if (status != utils::ERROR_NONE) return status;
+    }
+    result = json_object_get_string(document);
+    return utils::ERROR_NONE;
+}
+
+json_object* arrayMember(json_object* object, const char* key) {
+    json_object* value = nullptr;
+    if (!json_object_object_get_ex(object, key, &value)) return nullptr;
+    return json_object_is_type(value, json_type_array) ? value : nullptr;
+}
+
+bool appendShared(json_object* array, json_object* element) {
+    return adopt(array, json_object_get(element));
+}
+
+}  // namespace detail
+}  // namespace api
+}  // namespace quil
+}  // namespace velmar

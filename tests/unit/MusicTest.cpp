@@ -1,0 +1,457 @@
+// The music and content endpoints on the fake port: the song-list slice, the
+// "musics" document both song services share, the catalogue lookups and the
+// thin content endpoints.
+#include "velmar/fake/FakeTest.h"
+#include "velmar/quil/api/LoadMoreAPI.h"
+#include "velmar/quil/api/LoadMoreV2API.h"
+#include "velmar/quil/api/MusicActionLogAPI.h"
+#include "velmar/quil/api/MusicAlbumAPI.h"
+#include "velmar/quil/api/MusicPlayListAPI.h"
+#include "velmar/quil/api/MusicRecommendAPI.h"
+#include "velmar/quil/api/MusicSongInfoAPI.h"
+#include "velmar/quil/api/MusicStationAPI.h"
+#include "velmar/quil/api/PlayListV2API.h"
+#include "velmar/quil/api/PlayResourceAPI.h"
+
+using namespace velmar::quil::api;
+namespace fake = velmar::fake;
+
+namespace {
+
+const char kBase[] = "https://cloud.test";
+
+// Songs as the cloud describes them: complete, without artist, with an
+// artist without name, without origin, with an empty source ID, with
+// members of the wrong type.
+const char kSongs[] =
+    "[{\"songID\":9007199254740993,\"name\":\"Rain\",\"artist\":{\"name\":\"Ama\"},"
+    "\"origin\":\"tide\",\"originSongID\":\"t-1\",\"duration\":200},"
+    "{\"songID\":2,\"name\":\"Solo\",\"origin\":\"tide\",\"originSongID\":\"t-2\"},"
+    "{\"name\":\"Nameless\",\"artist\":{\"id\":4},\"origin\":\"wave\",\"originSongID\":\"w-3\"},"
+    "{\"songID\":4,\"name\":\"Local\",\"originSongID\":\"x-4\"},"
+    "{\"songID\":5,\"name\":\"Blank\",\"origin\":\"tide\",\"originSongID\":\"\"},"
+    "{\"songID\":\"6\",\"name\":7,\"artist\":\"Bo\",\"origin\":\"wave\",\"originSongID\":\"w-6\"}]";
+
+// The entries made of kSongs, in order.
+const char* const kEntries[] = {
+    "{ \"artist_name\": \"Ama\", \"song\": \"Rain\", \"origin\": \"tide\", \"id\": \"t-1\", "
+    "\"global_id\": 9007199254740993 }",
+    "{ \"artist_name\": \"\", \"song\": \"Solo\", \"origin\": \"tide\", \"id\": \"t-2\", "
+    "\"global_id\": 2 }",
+    "{ \"artist_name\": \"\", \"song\": \"Nameless\", \"origin\": \"wave\", \"id\": \"w-3\", "
+    "\"global_id\": 0 }",
+    "{ \"artist_name\": \"\", \"song\": \"Local\", \"origin\": \"\", \"id\": \"x-4\", "
+    "\"global_id\": 4 }",
+    "{ \"artist_name\": \"\", \"song\": \"Blank\", \"origin\": \"tide\", \"id\": \"\", "
+    "\"global_id\": 5 }",
+    "{ \"artist_name\": \"\", \"song\": \"\", \"origin\": \"wave\", \"id\": \"w-6\", "
+    "\"global_id\": 0 }",
+};
+
+// The "musics" document holding `entries`.
+std::string musics(std::initializer_list<std::string> entries) {
+    std::string text = "{ \"musics\": [ ";
+    bool first = true;
+    for (const auto& entry : entries) {
+        text += (first ? "" : ", ") + entry;
+        first = false;
+    }
+    return text + (first ? "] }" : " ] }");
+}
+
+class MusicTest : public fake::FakeTest {
+  protected:
+    void SetUp() override {
+        FakeTest::SetUp();
+        fake::setDeviceValue("deviceid", "dev-42");
+        fake::setDeviceValue("channel_secret", "0123456789abcdef");
+    }
+
+    // The "songIdList" sent by getSongListInfo for one slice of `list`.
+    static std::string sentSlice(const std::string& list, int start, int count) {
+        fake::pushBody("{\"data\":[]}");
+        std::string result;
+        EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, list, start, count), 0);
+        EXPECT_EQ(result, "{ \"musics\": [ ] }");
+        return fake::calls().back().decodedParams().at("songIdList");
+    }
+};
+
+TEST_F(MusicTest, SongInfoSendsTheClampedSliceEvenWhenEmpty) {
+    const std::string list = "[11,\"12\",{\"k\":1},14]";
+    EXPECT_EQ(sentSlice(list, 1, 2), "[ \"12\", { \"k\": 1 } ]");
+    EXPECT_EQ(sentSlice(list, 0, -1), "[ 11, \"12\", { \"k\": 1 }, 14 ]");
+    EXPECT_EQ(sentSlice(list, 2, -1), "[ { \"k\": 1 }, 14 ]");
+    EXPECT_EQ(sentSlice(list, 3, 99), "[ 14 ]");
+    EXPECT_EQ(sentSlice(list, 0, 0), "[ ]");
+    EXPECT_EQ(sentSlice(list, 4, -1), "[ ]");
+    EXPECT_EQ(sentSlice(list, 1000, 5), "[ ]");
+    // A hole outside the slice does not matter.
+    EXPECT_EQ(sentSlice("[1,null]", 0, 1), "[ 1 ]");
+
+    const fake::Call& call = fake::calls().back();
+    EXPECT_EQ(call.method, "POST");
+    EXPECT_EQ(call.path, "/device/music/song_info");
+    EXPECT_EQ(call.decodedParams().size(), 2u);  // and "requestId"
+}
+
+TEST_F(MusicTest, SongInfoRefusesBadArgumentsBeforeSending) {
+    std::string result = "kept";
+    EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1,2", 0, -2), 606);
+    EXPECT_TRUE(fake::logged("Invalid parameter: [1,2", 4));
+    EXPECT_FALSE(fake::logged("Invalid parameter:start"));
+    EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "{\"a\":1}", 0, -1), 606);
+    EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "null", 0, -1), 606);
+    EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1,2]", 0, -2), 606);
+    EXPECT_TRUE(fake::logged("Invalid parameter:start0 count-2", 4));
+    EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1,2]", -1, 1), 606);
+    EXPECT_TRUE(fake::logged("Invalid parameter:start-1 count1", 4));
+    EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1,null,3]", 1, 1), 101);
+    EXPECT_TRUE(fake::logged("Cannot get requestSongIdObject from array at idx:1", 4));
+    EXPECT_TRUE(fake::calls().empty());
+    EXPECT_EQ(result, "kept");
+}
+
+TEST_F(MusicTest, SongInfoKeepsOnlySongsWithASourceInTheSharedShape) {
+    fake::pushBody(std::string("{\"code\":0,\"data\":") + kSongs + "}");
+    std::string result;
+    ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1]", 0, -1), 0);
+    // The songs without origin or source ID (the fourth and fifth) are left out.
+    EXPECT_EQ(result, musics({kEntries[0], kEntries[1], kEntries[2], kEntries[5]}));
+
+    fake::pushBody(
+        "{\"data\":[{\"songID\":1,\"name\":\"a\"},{\"songID\":2,\"origin\":\"o\"},{\"x\":1}]}");
+    ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1,2,3]", 0, -1), 0);
+    EXPECT_EQ(result, "{ \"musics\": [ ] }");
+}
+
+TEST_F(MusicTest, SongInfoUnusableAnswersLeaveTheResultAlone) {
+    std::string result = "kept";
+    fake::pushFailure(velmar::utils::ERROR_HTTP_TIMEOUT);
+    EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1]", 0, -1), 604);
+
+    const std::string deep = std::string(40, '[') + std::string(40, ']');
+    for (const std::string& body :
+         {std::string("<html>busy</html>"), std::string("{\"code\":0}"),
+          std::string("{\"data\":{\"songs\":[]}}"), std::string("{\"data\":null}"),
+          std::string("[{\"data\":[]}]"), "{\"data\":" + deep + "}"}) {
+        fake::pushBody(body);
+        EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1]", 0, -1), 604) << body;
+        EXPECT_TRUE(fake::logged("Invalid response: " + body, 4)) << body;
+    }
+    // A hole in the middle: nothing of the songs before it escapes.
+    fake::pushBody("{\"data\":[{\"songID\":1,\"origin\":\"o\",\"originSongID\":\"s\"},null]}");
+    EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1]", 0, -1), 101);
+    EXPECT_TRUE(fake::logged("Cannot get songInfoObject from array at idx:1", 4));
+    EXPECT_EQ(result, "kept");
+}
+
+TEST_F(MusicTest, SongInfoDescribesThousandsOfSongs) {
+    std::string ids = "[";
+    std::string body = "{\"data\":[";
+    for (int i = 0; i < 5000; ++i) {
+        const std::string n = std::to_string(i);
+        ids += (i ? "," : "") + n;
+        body += std::string(i ? "," : "") + "{\"songID\":" + n + ",\"name\":\"s" + n +
+                "\",\"origin\":\"o\",\"originSongID\":\"" + n + "\"}";
+    }
+    fake::pushBody(body + "]}");
+    std::string result;
+    ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, ids + "]", 4990, 100), 0);
+    EXPECT_EQ(fake::calls().at(0).decodedParams().at("songIdList"),
+              "[ 4990, 4991, 4992, 4993, 4994, 4995, 4996, 4997, 4998, 4999 ]");
+    EXPECT_NE(result.find("\"id\": \"4999\", \"global_id\": 4999 } ] }"), std::string::npos);
+}
+
+TEST_F(MusicTest, GetListsAppendsWhatItReadsBeforeAFailure) {
+    std::vector<long long> ids = {7};
+    fake::pushBody("{\"data\":[{\"id\":4294967296,\"name\":\"a\"},{\"id\":3},{\"name\":\"b\"}]}");
+    EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 604);
+    EXPECT_EQ(ids, (std::vector<long long>{7, 4294967296LL, 3}));
+    EXPECT_TRUE(fake::logged("Error when Json parse response: {\"data\":[{\"id\":4294967296", 4));
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.method, "GET");
+    EXPECT_EQ(call.path, "/device/playlist/v2/lists");
+    EXPECT_EQ(call.decodedParams().size(), 1u);  // only "requestId"
+
+    fake::pushBody("{\"data\":[{\"id\":8},null]}");
+    EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 101);
+    EXPECT_TRUE(fake::logged("Cannot get playlistObject from array at idx:1", 4));
+    fake::pushBody("{\"data\":[{\"id\":\"9\"}]}");
+    EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 604);
+    EXPECT_EQ(ids, (std::vector<long long>{7, 4294967296LL, 3, 8}));
+
+    fake::pushBody("{\"data\":[]}");
+    EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 0);
+    for (const char* body : {"{\"data\":null}", "{\"data\":{\"id\":1}}", "{}", "nope"}) {
+        fake::pushBody(body);
+        EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 604) << body;
+        EXPECT_TRUE(fake::logged(std::string("Error when Json parse response: ") + body, 4));
+    }
+    fake::pushFailure();
+    EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 604);
+    EXPECT_TRUE(fake::logged("httpRequest() failed with (error code: Error (code: 604", 4));
+    EXPECT_EQ(ids.size(), 4u);
+}
+
+TEST_F(MusicTest, ListingsKeepEverySongInTheSongInfoShape) {
+    const std::string body = std::string("{\"data\":{\"total\":6,\"songList\":") + kSongs + "}}";
+    const std::string expected =
+        musics({kEntries[0], kEntries[1], kEntries[2], kEntries[3], kEntries[4], kEntries[5]});
+    for (auto call : {PlayListV2API::getSongsInList, PlayListV2API::getSongsInChannel}) {
+        fake::pushBody(body);
+        std::string result;
+        ASSERT_EQ(call(result, 4294967296LL, -1, 20, kBase), 0);
+        EXPECT_EQ(result, expected);
+        const auto params = fake::calls().back().decodedParams();
+        EXPECT_EQ(params.at("listId"), "4294967296");
+        EXPECT_EQ(params.at("offset"), "-1");
+        EXPECT_EQ(params.at("count"), "20");
+        EXPECT_EQ(fake::calls().back().method, "GET");
+    }
+    EXPECT_EQ(fake::calls().at(0).path, "/device/playlist/v2/songs");
+    EXPECT_EQ(fake::calls().at(1).path, "/device/playlist/v2/songs_in_channel");
+}
+
+TEST_F(MusicTest, OnlyThePlaylistListingRefusesSongsThatAreNoObjects) {
+    const char body[] = "{\"data\":{\"songList\":[{\"name\":\"a\"},\"b\",5]}}";
+    std::string result = "kept";
+    fake::pushBody(body);
+    EXPECT_EQ(PlayListV2API::getSongsInList(result, 1, 0, 10, kBase), 101);
+    EXPECT_TRUE(fake::logged("Cannot get songInfoObject from array at idx:1", 4));
+    EXPECT_EQ(result, "kept");
+
+    fake::pushBody(body);
+    ASSERT_EQ(PlayListV2API::getSongsInChannel(result, 1, 0, 10, kBase), 0);
+    const std::string empty =
+        "{ \"artist_name\": \"\", \"song\": \"\", \"origin\": \"\", \"id\": \"\", "
+        "\"global_id\": 0 }";
+    EXPECT_EQ(result, musics({"{ \"artist_name\": \"\", \"song\": \"a\", \"origin\": \"\", "
+                              "\"id\": \"\", \"global_id\": 0 }",
+                              empty, empty}));
+
+    // A hole fails both.
+    fake::pushBody("{\"data\":{\"songList\":[null]}}");
+    result = "kept";
+    EXPECT_EQ(PlayListV2API::getSongsInChannel(result, 1, 0, 10, kBase), 101);
+    EXPECT_EQ(result, "kept");
+}
+
+TEST_F(MusicTest, ListingsWithoutASongListLeaveTheResultAlone) {
+    std::string result = "kept";
+    for (auto call : {PlayListV2API::getSongsInList, PlayListV2API::getSongsInChannel}) {
+        for (const char* body :
+             {"", "{\"data\":[]}", "{\"data\":{}}", "{\"data\":{\"songList\":null}}",
+              "{\"data\":{\"songList\":{\"0\":{}}}}", "{\"data\":{\"songList\":\"[]\"}}"}) {
+            fake::pushBody(body);
+            EXPECT_EQ(call(result, 1, 0, 10, kBase), 604) << body;
+            EXPECT_TRUE(fake::logged(std::string("Invalid response: ") + body, 4)) << body;
+        }
+        fake::pushFailure();
+        EXPECT_EQ(call(result, 1, 0, 10, kBase), 604);
+        EXPECT_TRUE(fake::logged("httpRequest() failed with (error code: Error (code: 604", 4));
+        fake::pushBody("{\"data\":{\"songList\":[]}}");
+        std::string empty;
+        EXPECT_EQ(call(empty, 1, 0, 10, kBase), 0);
+        EXPECT_EQ(empty, "{ \"musics\": [ ] }");
+    }
+    EXPECT_EQ(result, "kept");
+}
+
+TEST_F(MusicTest, AlbumKeepsEachSongIdInItsTypeOverAnUnsignedGet) {
+    fake::pushBody(
+        "{\"data\":{\"albumId\":\"al-1\",\"songList\":[{\"songID\":1},{\"songID\":\"2\"},"
+        "{\"songID\":4294967297,\"name\":\"n\"},{\"songID\":{\"v\":[1]}},{\"songID\":1.5}]}}");
+    std::string result;
+    ASSERT_EQ(MusicAlbumAPI::getMusicAlbum(result, kBase, "al 1"), 0);
+    EXPECT_EQ(result, "[ 1, \"2\", 4294967297, { \"v\": [ 1 ] }, 1.5 ]");
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.overload, fake::Overload::BaseAndPath);
+    EXPECT_EQ(call.baseUrl, kBase);
+    EXPECT_EQ(call.path, "/music/album_info");
+    EXPECT_EQ(call.params, "albumId=al%201");  // no requestId: not signed
+    EXPECT_EQ(call.method, "GET");
+    EXPECT_EQ(call.headers, std::vector<std::string>{""});
+    EXPECT_EQ(call.timeoutMs, 15000);
+
+    fake::pushBody("{\"data\":{\"songList\":[]}}");
+    ASSERT_EQ(MusicAlbumAPI::getMusicAlbum(result, kBase, "al-2"), 0);
+    EXPECT_EQ(result, "[ ]");
+}
+
+TEST_F(MusicTest, AlbumFailsWholeOnAnyUnreadableSong) {
+    std::string result = "kept";
+    fake::pushBody("{\"data\":{\"songList\":[{\"songID\":1},{\"name\":\"x\"}]}}");
+    EXPECT_EQ(MusicAlbumAPI::getMusicAlbum(result, kBase, "a"), 101);
+    EXPECT_TRUE(fake::logged("Cannot get songIdObject at songListObject idx:1", 4));
+    fake::pushBody("{\"data\":{\"songList\":[{\"songID\":null}]}}");
+    EXPECT_EQ(MusicAlbumAPI::getMusicAlbum(result, kBase, "a"), 101);
+    fake::pushBody("{\"data\":{\"songList\":[\"7\"]}}");
+    EXPECT_EQ(MusicAlbumAPI::getMusicAlbum(result, kBase, "a"), 101);
+    EXPECT_TRUE(fake::logged("Cannot get songIdObject at songListObject idx:0", 4));
+    fake::pushBody("{\"data\":{\"songList\":[null]}}");
+    EXPECT_EQ(MusicAlbumAPI::getMusicAlbum(result, kBase, "a"), 101);
+    EXPECT_TRUE(fake::logged("Cannot get songObject at songListObject idx:0", 4));
+    for (const char* body : {"{\"data\":{}}", "{\"data\":{\"songList\":{}}}", "{\"data\":null}",
+                             "{\"songList\":[]}", "x"}) {
+        fake::pushBody(body);
+        EXPECT_EQ(MusicAlbumAPI::getMusicAlbum(result, kBase, "a"), 604) << body;
+        EXPECT_TRUE(fake::logged(std::string("Invalid response: ") + body, 4)) << body;
+    }
+    fake::pushFailure(velmar::utils::ERROR_HTTP_CONNECT, "refused");
+    EXPECT_EQ(MusicAlbumAPI::getMusicAlbum(result, kBase, "a"), 604);
+    EXPECT_TRUE(fake::logged(
+        "httpRequest() failed with (status: 0; error message: refused; error code: Error (code: "
+        "602, message: ",
+        4));
+    EXPECT_EQ(result, "kept");
+}
+
+TEST_F(MusicTest, CataloguePlaylistHandsOverTheSongListAsItIs) {
+    std::string result;
+    fake::pushBody("{\"data\":{\"songList\":[{\"songID\":1,\"name\":\"a/b\"}]}}");
+    ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
+    EXPECT_EQ(result, "[ { \"songID\": 1, \"name\": \"a\\/b\" } ]");
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.path, "/music/playlist/");
+    EXPECT_EQ(call.params, "listId=pl-1");
+    EXPECT_TRUE(call.headers.empty());
+    fake::pushBody("{\"data\":{\"songList\":{\"next\":2}}}");
+    ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
+    EXPECT_EQ(result, "{ \"next\": 2 }");
+    fake::pushBody("{\"data\":{\"songList\":\"a,b\"}}");
+    ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
+    EXPECT_EQ(result, "a,b");
+
+    result = "kept";
+    for (const char* body :
+         {"{\"data\":{}}", "{\"data\":[1]}", "{\"data\":{\"songList\":null}}", "{}", "[]"}) {
+        fake::pushBody(body);
+        EXPECT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 604) << body;
+        EXPECT_TRUE(fake::logged(std::string("Invalid response: ") + body, 4)) << body;
+    }
+    fake::pushFailure();
+    EXPECT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 604);
+    EXPECT_EQ(result, "kept");
+}
+
+TEST_F(MusicTest, ContentListingsSendTheirArgumentsAsGiven) {
+    std::string result;
+    fake::pushBody("{\"r\":1}");
+    EXPECT_EQ(MusicRecommendAPI::getMusicRecommendation(result, kBase, "u-1", "ten"), 0);
+    EXPECT_EQ(result, "{\"r\":1}");
+    fake::pushBody("s");
+    EXPECT_EQ(MusicStationAPI::getStationSoundList(result, kBase, "st-1", "fm", "news", -1, 0), 0);
+    fake::pushBody("l");
+    EXPECT_EQ(
+        LoadMoreAPI::getLoadMoreList(result, kBase, 4294967297LL, "L1", "tide", "album", 20, -1),
+        0);
+    fake::pushBody("l2");
+    EXPECT_EQ(LoadMoreV2API::getLoadMoreV2List(result, kBase, -5, "", "", "", 0, 10), 0);
+    EXPECT_EQ(result, "l2");
+
+    const auto& calls = fake::calls();
+    ASSERT_EQ(calls.size(), 4u);
+    using Params = std::map<std::string, std::string>;
+    auto withoutRequestId = [](const fake::Call& call) {
+        Params params = call.decodedParams();
+        params.erase("requestId");
+        return params;
+    };
+    EXPECT_EQ(calls[0].path, "/device/music_recommendation");
+    EXPECT_EQ(withoutRequestId(calls[0]), (Params{{"userId", "u-1"}, {"count", "ten"}}));
+    EXPECT_EQ(calls[1].path, "/device/station/sound_list");
+    EXPECT_EQ(withoutRequestId(calls[1]), (Params{{"stationId", "st-1"},
+                                                  {"origin", "fm"},
+                                                  {"category", "news"},
+                                                  {"offset", "-1"},
+                                                  {"count", "0"}}));
+    EXPECT_EQ(calls[2].path, "/device/audio/loadmore");
+    EXPECT_EQ(withoutRequestId(calls[2]), (Params{{"userId", "4294967297"},
+                                                  {"listId", "L1"},
+                                                  {"origin", "tide"},
+                                                  {"type", "album"},
+                                                  {"offset", "20"},
+                                                  {"count", "-1"}}));
+    EXPECT_EQ(calls[3].path, "/device/audio/loadmore/v2");
+    EXPECT_EQ(withoutRequestId(calls[3]).at("userId"), "-5");
+    for (const auto& call : calls)
+        EXPECT_EQ(call.method, "GET");
+
+    // A failed request still overwrites the result.
+    fake::pushFailure();
+    EXPECT_EQ(LoadMoreAPI::getLoadMoreList(result, kBase, 1, "L1", "", "", 0, 1), 604);
+    EXPECT_EQ(result, "");
+    result = "stale";
+    fake::pushFailure();
+    EXPECT_EQ(MusicRecommendAPI::getMusicRecommendation(result, kBase, "u", "1"), 604);
+    EXPECT_EQ(result, "");
+}
+
+TEST_F(MusicTest, PlayResourceUsesTheCallersDeviceIdAndLogsTheStatusAnswer) {
+    std::string result;
+    fake::pushBody("{\"next\":1}");
+    EXPECT_EQ(PlayResourceAPI::getPlayResource(result, kBase, "other-dev", "al-9", "cp-1", "kids"),
+              0);
+    EXPECT_EQ(result, "{\"next\":1}");
+    EXPECT_EQ(fake::calls().at(0).path, "/babycourse/device/next/play");
+    EXPECT_EQ(fake::calls().at(0).method, "GET");
+    auto params = fake::calls().at(0).decodedParams();
+    EXPECT_EQ(params.at("deviceId"), "other-dev");
+    EXPECT_EQ(params.at("alarmId"), "al-9");
+    EXPECT_EQ(params.at("cpId"), "cp-1");
+    EXPECT_EQ(params.at("cp"), "kids");
+
+    fake::pushBody("{\"code\":0}");
+    EXPECT_EQ(
+        PlayResourceAPI::setPlayResourceStatus(kBase, "dev-42", "al-9", "cp-2", "kids", -1, 65000),
+        0);
+    EXPECT_TRUE(fake::logged("!!!!!!response is :{\"code\":0}", 4));
+    EXPECT_EQ(fake::calls().at(1).path, "/babycourse/device/play/update");
+    EXPECT_EQ(fake::calls().at(1).method, "POST");
+    params = fake::calls().at(1).decodedParams();
+    EXPECT_EQ(params.at("playCPId"), "cp-2");
+    EXPECT_EQ(params.at("playCP"), "kids");
+    EXPECT_EQ(params.at("playIndex"), "-1");
+    EXPECT_EQ(params.at("playPosition"), "65000");
+
+    fake::pushFailure();
+    EXPECT_EQ(PlayResourceAPI::setPlayResourceStatus(kBase, "d", "a", "c", "p", 0, 0), 604);
+    EXPECT_EQ(fake::logs().back().text, "!!!!!!response is :");
+}
+
+TEST_F(MusicTest, ActionLogCarriesTheDeviceIdentityOrEmptyValues) {
+    fake::setDeviceValue("model", "quil.speaker.v2");
+    fake::setDeviceValue("version", "2.14.3");
+    fake::setDeviceValue("channel", "release");
+    std::string result;
+    fake::pushBody("{\"code\":0}");
+    EXPECT_EQ(MusicActionLogAPI::log(result, kBase, "u-1", "app", "play", "s-1", "song",
+                                     "{\"from\":\"voice\"}"),
+              0);
+    EXPECT_EQ(result, "{\"code\":0}");
+    fake::clearDeviceValue("model");
+    fake::clearDeviceValue("channel");
+    fake::pushBody("{}");
+    EXPECT_EQ(MusicActionLogAPI::log(result, kBase, "", "", "", "", "", ""), 0);
+
+    const auto& calls = fake::calls();
+    EXPECT_EQ(calls.at(0).path, "/device/music_action_log");
+    EXPECT_EQ(calls.at(0).method, "POST");
+    auto params = calls.at(0).decodedParams();
+    EXPECT_EQ(params.at("hardware"), "quil.speaker.v2");
+    EXPECT_EQ(params.at("romVersion"), "2.14.3");
+    EXPECT_EQ(params.at("romChannel"), "release");
+    EXPECT_EQ(params.at("userId"), "u-1");
+    EXPECT_EQ(params.at("appId"), "app");
+    EXPECT_EQ(params.at("eventType"), "play");
+    EXPECT_EQ(params.at("itemId"), "s-1");
+    EXPECT_EQ(params.at("itemType"), "song");
+    EXPECT_EQ(params.at("extraInfo"), "{\"from\":\"voice\"}");
+    params = calls.at(1).decodedParams();
+    EXPECT_EQ(params.at("hardware"), "");
+    EXPECT_EQ(params.at("romVersion"), "2.14.3");
+    EXPECT_EQ(params.at("romChannel"), "");
+}
+
+}  // namespace
