@@ -173,9 +173,22 @@ TEST_F(DirectTest, TimeSyncTakesAnIntegerTimeFromA200Only) {
     fake::pushBody("{\"code\":0,\"data\":{\"t\":42}}");
     EXPECT_EQ(TimeSyncAPI::request(serverTime), 0);
     EXPECT_EQ(serverTime, 42);
-    EXPECT_EQ(fake::calls().at(0).url, "https://time.test/sync");
-    EXPECT_EQ(fake::calls().at(0).params, "");
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.overload, fake::Overload::Url);
+    EXPECT_EQ(call.url, "https://time.test/sync");
+    EXPECT_EQ(call.params, "");
+    EXPECT_EQ(call.method, "GET");
+    EXPECT_EQ(call.timeoutMs, 15000);
+    EXPECT_EQ(call.cookie, "");
     EXPECT_TRUE(fake::logged("time sync result: {\"code\":0,\"data\":{\"t\":42}}", 2));
+
+    // With a 200 the transport's error value is not looked at.
+    fake::Answer late;
+    late.error = velmar::utils::ERROR_HTTP_TIMEOUT;
+    late.body = "{\"code\":0,\"data\":{\"t\":43}}";
+    fake::pushAnswer(late);
+    EXPECT_EQ(TimeSyncAPI::request(serverTime), 0);
+    EXPECT_EQ(serverTime, 43);
 
     for (const char* body :
          {"{\"code\":\"0\",\"data\":{\"t\":1}}", "{\"code\":0,\"data\":{\"t\":1.5}}",
@@ -193,7 +206,7 @@ TEST_F(DirectTest, TimeSyncTakesAnIntegerTimeFromA200Only) {
     EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
     EXPECT_TRUE(
         fake::logged("HTTPRequest::httpGet() not successful (error: connection refused)", 4));
-    EXPECT_EQ(serverTime, 42);
+    EXPECT_EQ(serverTime, 43);
 }
 
 TEST_F(DirectTest, LogUploadSignsTheRawFormWithUrlSafeBase64) {
