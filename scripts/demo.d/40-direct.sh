@@ -6,6 +6,11 @@
 # issued.
 VELMAR_DNS_SERVERS=$(sed -n 's/.*"dnsServers" *: *"\([^"]*\)".*/\1/p' "$DEMO/ready.json")
 export VELMAR_DNS_SERVERS
+# Without the local responder the retry would ask the library's public resolvers.
+if [ -z "$VELMAR_DNS_SERVERS" ]; then
+    echo "no DNS responder named in $DEMO/ready.json"
+    exit 1
+fi
 
 run "Upgrade check: the cloud offers a newer image for this platform" upgrade-check
 run "Upgrade check from the newest version: nothing to offer" upgrade-check quil.speaker.v2 2.15.0
