@@ -29,6 +29,8 @@ say "A second local cloud for the services reached by name on port 443"
          --extra-name upgrade.velmar-cloud.test --work-dir "$DEMO/named" \
          --ready-file "$DEMO/named.json" > /dev/null 2> "$DEMO/named.log" &
 NAMED_PID=$!
+# Stopped with the first cloud should the tour end early.
+trap 'kill $NAMED_PID $CLOUD_PID 2>/dev/null; wait $NAMED_PID $CLOUD_PID 2>/dev/null || true' EXIT INT TERM
 i=0
 while [ ! -s "$DEMO/named.json" ] && kill -0 $NAMED_PID 2>/dev/null && [ $i -lt 100 ]; do
     i=$((i + 1))
@@ -63,3 +65,4 @@ else
 fi
 kill $NAMED_PID 2>/dev/null || true
 wait $NAMED_PID 2>/dev/null || true
+trap 'kill $CLOUD_PID 2>/dev/null; wait $CLOUD_PID 2>/dev/null || true' EXIT INT TERM
