@@ -6,6 +6,11 @@
 # issued.
 VELMAR_DNS_SERVERS=$(sed -n 's/.*"dnsServers" *: *"\([^"]*\)".*/\1/p' "$DEMO/ready.json")
 export VELMAR_DNS_SERVERS
+# Without the local responder the retry would ask the library's public resolvers.
+if [ -z "$VELMAR_DNS_SERVERS" ]; then
+    echo "no DNS responder named in $DEMO/ready.json"
+    exit 1
+fi
 
 run "Upgrade check: the cloud offers a newer image for this platform" upgrade-check
 run "Upgrade check from the newest version: nothing to offer" upgrade-check quil.speaker.v2 2.15.0
@@ -24,6 +29,8 @@ say "A second local cloud for the services reached by name on port 443"
          --extra-name upgrade.velmar-cloud.test --work-dir "$DEMO/named" \
          --ready-file "$DEMO/named.json" > /dev/null 2> "$DEMO/named.log" &
 NAMED_PID=$!
+# Stopped with the first cloud should the tour end early.
+trap 'kill $NAMED_PID $CLOUD_PID 2>/dev/null; wait $NAMED_PID $CLOUD_PID 2>/dev/null || true' EXIT INT TERM
 i=0
 while [ ! -s "$DEMO/named.json" ] && kill -0 $NAMED_PID 2>/dev/null && [ $i -lt 100 ]; do
     i=$((i + 1))
@@ -58,3 +65,4 @@ else
 fi
 kill $NAMED_PID 2>/dev/null || true
 wait $NAMED_PID 2>/dev/null || true
+trap 'kill $CLOUD_PID 2>/dev/null; wait $CLOUD_PID 2>/dev/null || true' EXIT INT TERM

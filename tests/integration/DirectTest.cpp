@@ -129,6 +129,42 @@ TEST_F(DirectTest, UpgradeCheckFailsOnAMissingUnreachableOrFailingService) {
     EXPECT_TRUE(cloud().dnsQueries().empty());
 }
 
+// The upgrade and log services check what the library signs: the library's
+// own request is accepted when replayed as it was, and refused with one value
+// changed under the same signature.
+TEST_F(DirectTest, UpgradeAndLogServicesRefuseAValueChangedAfterSigning) {
+    std::string link;
+    long long size = -1;
+    ASSERT_TRUE(check(link, size, "2.14.3"));
+    std::string response;
+    ASSERT_TRUE(LogUploadAPI::upload(response, "common-s", "2.14.3", "dev-1", "original"));
+    const std::string upgradeUrl = baseUrl() + "/rs/grayupgrade/v2/quil.speaker.v2";
+    const std::string logUrl = baseUrl() + "/log/common/common-s";
+    const std::string query = cloud().received("/rs/grayupgrade/v2/quil.speaker.v2").at(0).query;
+    const std::string form = cloud().received("/log/common/common-s").at(0).body;
+
+    // `params` with `from` replaced by `to`, sent again: the answer must begin with `expected`.
+    auto replay = [](const std::string& url, const std::string& method, std::string params,
+                     const std::string& from, const std::string& to, const std::string& expected) {
+        const size_t at = params.find(from);
+        ASSERT_NE(at, std::string::npos) << params;
+        params.replace(at, from.size(), to);
+        int status = 0;
+        std::string answer;
+        velmar::utils::ErrorType error = velmar::utils::ERROR_NONE;
+        std::string errorMessage;
+        ASSERT_TRUE(velmar::http::HTTPRequest::httpRequest(status, answer, error, errorMessage, url,
+                                                           params, method, {}, 15000, ""))
+            << errorMessage;
+        answer = std::to_string(status) + " " + answer;
+        EXPECT_EQ(answer.rfind(expected, 0), 0u) << answer;
+    };
+    replay(upgradeUrl, "GET", query, "version=2.14.3", "version=2.14.3", "200 {\"code\":\"0\"");
+    replay(upgradeUrl, "GET", query, "version=2.14.3", "version=2.14.2", "200 {\"code\":\"401\"");
+    replay(logUrl, "POST", form, "payload=original", "payload=original", "200 ");
+    replay(logUrl, "POST", form, "payload=original", "payload=forged", "403 ");
+}
+
 TEST_F(DirectTest, TimeSyncGivesTheServiceTimeOrTheFailureStatus) {
     const long long before = std::chrono::duration_cast<std::chrono::milliseconds>(
                                  std::chrono::system_clock::now().time_since_epoch())
@@ -167,6 +203,8 @@ TEST_F(DirectTest, LogUploadsArriveIntact) {
     auto lite = cloud().received("/log/lite/common/common-l");
     ASSERT_EQ(lite.size(), 1u);
     EXPECT_TRUE(lite[0].files.at("payload") == archive);
+    EXPECT_EQ(lite[0].param("id"), "dev-1");
+    EXPECT_EQ(lite[0].param("mode"), "useRomTime");
     EXPECT_EQ(lite[0].param("_t"), "1700000000");
     EXPECT_EQ(lite[0].param("extra_data"), "{\"version\":\"2.14.3\", \"suffix\":\"tar.gz\"}");
 

@@ -51,6 +51,8 @@ TEST_F(DirectTest, UpgradeSignatureSortsWholePairsAndAppendsTheSecret) {
         {{}, "F3563C0986C8CD32CFD901D5434FB000"},
         // "a+=2" sorts before "a=1", against the key order of the map.
         {{{"a", "1"}, {"a+", "2"}}, "3DA907446359F2E38B2E3EC3A122946D"},
+        // Its Base64 holds "+", "/" and "=": the standard alphabet, padded.
+        {{{"k", "~~~?>"}}, "B8230D16C1A90DA641CBB8260F74ABC8"},
     };
     std::string key = kUpgradeSecret;
     for (const auto& [params, expected] : vectors) {
@@ -102,8 +104,15 @@ TEST_F(DirectTest, UpgradeRetriesOnceThroughTheResolverListOnlyAfterAFailure) {
         const fake::Call& retry = fake::calls().at(1);
         EXPECT_EQ(retry.overload, fake::Overload::UrlWithDns);
         EXPECT_EQ(retry.dnsServers, kResolvers);
-        EXPECT_EQ(retry.url, fake::calls().at(0).url);
-        EXPECT_EQ(retry.params, fake::calls().at(0).params);
+        // The same request again: "GET", 15000 ms, no header, no cookie.
+        for (const fake::Call& call : fake::calls()) {
+            EXPECT_EQ(call.url, "https://upgrade.test/rs/grayupgrade/v2/quil.speaker.v2");
+            EXPECT_EQ(call.params, fake::calls().at(0).params);
+            EXPECT_EQ(call.method, "GET");
+            EXPECT_EQ(call.timeoutMs, 15000);
+            EXPECT_TRUE(call.headers.empty());
+            EXPECT_EQ(call.cookie, "");
+        }
         EXPECT_TRUE(fake::logged(std::string("try use dns list ") + kResolvers + " and retry", 4));
     }
     EXPECT_TRUE(fake::logged("HTTPRequest failed (status: 503, error code: Error (code: 0", 4));
@@ -164,9 +173,22 @@ TEST_F(DirectTest, TimeSyncTakesAnIntegerTimeFromA200Only) {
     fake::pushBody("{\"code\":0,\"data\":{\"t\":42}}");
     EXPECT_EQ(TimeSyncAPI::request(serverTime), 0);
     EXPECT_EQ(serverTime, 42);
-    EXPECT_EQ(fake::calls().at(0).url, "https://time.test/sync");
-    EXPECT_EQ(fake::calls().at(0).params, "");
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.overload, fake::Overload::Url);
+    EXPECT_EQ(call.url, "https://time.test/sync");
+    EXPECT_EQ(call.params, "");
+    EXPECT_EQ(call.method, "GET");
+    EXPECT_EQ(call.timeoutMs, 15000);
+    EXPECT_EQ(call.cookie, "");
     EXPECT_TRUE(fake::logged("time sync result: {\"code\":0,\"data\":{\"t\":42}}", 2));
+
+    // With a 200 the transport's error value is not looked at.
+    fake::Answer late;
+    late.error = velmar::utils::ERROR_HTTP_TIMEOUT;
+    late.body = "{\"code\":0,\"data\":{\"t\":43}}";
+    fake::pushAnswer(late);
+    EXPECT_EQ(TimeSyncAPI::request(serverTime), 0);
+    EXPECT_EQ(serverTime, 43);
 
     for (const char* body :
          {"{\"code\":\"0\",\"data\":{\"t\":1}}", "{\"code\":0,\"data\":{\"t\":1.5}}",
@@ -184,7 +206,7 @@ TEST_F(DirectTest, TimeSyncTakesAnIntegerTimeFromA200Only) {
     EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
     EXPECT_TRUE(
         fake::logged("HTTPRequest::httpGet() not successful (error: connection refused)", 4));
-    EXPECT_EQ(serverTime, 42);
+    EXPECT_EQ(serverTime, 43);
 }
 
 TEST_F(DirectTest, LogUploadSignsTheRawFormWithUrlSafeBase64) {
