@@ -123,6 +123,14 @@ TEST_F(MusicTest, SongInfoKeepsOnlySongsWithASourceInTheSharedShape) {
         "{\"data\":[{\"songID\":1,\"name\":\"a\"},{\"songID\":2,\"origin\":\"o\"},{\"x\":1}]}");
     ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1,2,3]", 0, -1), 0);
     EXPECT_EQ(result, "{ \"musics\": [ ] }");
+
+    // The filter sees a whole value; the entry holds it as text up to a NUL.
+    fake::pushBody(
+        "{\"data\":[{\"songID\":3,\"name\":\"a\\u0000b\",\"origin\":\"\\u0000\","
+        "\"originSongID\":\"s\"}]}");
+    ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[3]", 0, -1), 0);
+    EXPECT_EQ(result, musics({"{ \"artist_name\": \"\", \"song\": \"a\", \"origin\": \"\", "
+                              "\"id\": \"s\", \"global_id\": 3 }"}));
 }
 
 TEST_F(MusicTest, SongInfoUnusableAnswersLeaveTheResultAlone) {
