@@ -1,6 +1,8 @@
 // The music and content endpoints on the fake port: the song-list slice, the
 // "musics" document both song services share, the catalogue lookups and the
 // thin content endpoints.
+#include <functional>
+
 #include "velmar/fake/FakeTest.h"
 #include "velmar/quil/api/LoadMoreAPI.h"
 #include "velmar/quil/api/LoadMoreV2API.h"
@@ -385,15 +387,33 @@ TEST_F(MusicTest, ContentListingsSendTheirArgumentsAsGiven) {
     EXPECT_EQ(withoutRequestId(calls[3]).at("userId"), "-5");
     for (const auto& call : calls)
         EXPECT_EQ(call.method, "GET");
+}
 
-    // A failed request still overwrites the result.
-    fake::pushFailure();
-    EXPECT_EQ(LoadMoreAPI::getLoadMoreList(result, kBase, 1, "L1", "", "", 0, 1), 604);
-    EXPECT_EQ(result, "");
-    result = "stale";
-    fake::pushFailure();
-    EXPECT_EQ(MusicRecommendAPI::getMusicRecommendation(result, kBase, "u", "1"), 604);
-    EXPECT_EQ(result, "");
+TEST_F(MusicTest, ThinEndpointsOverwriteTheResultAlsoWhenTheRequestFails) {
+    const std::vector<std::function<int(std::string&)>> calls = {
+        [](std::string& r) {
+            return MusicRecommendAPI::getMusicRecommendation(r, kBase, "u", "1");
+        },
+        [](std::string& r) {
+            return MusicStationAPI::getStationSoundList(r, kBase, "s", "o", "c", 0, 1);
+        },
+        [](std::string& r) { return LoadMoreAPI::getLoadMoreList(r, kBase, 1, "L", "", "", 0, 1); },
+        [](std::string& r) {
+            return LoadMoreV2API::getLoadMoreV2List(r, kBase, 1, "L", "", "", 0, 1);
+        },
+        [](std::string& r) {
+            return PlayResourceAPI::getPlayResource(r, kBase, "d", "a", "c", "p");
+        },
+        [](std::string& r) {
+            return MusicActionLogAPI::log(r, kBase, "u", "a", "e", "i", "t", "");
+        },
+    };
+    for (size_t i = 0; i < calls.size(); ++i) {
+        std::string result = "stale";
+        fake::pushFailure();
+        EXPECT_EQ(calls[i](result), 604) << "call " << i;
+        EXPECT_EQ(result, "") << "call " << i;
+    }
 }
 
 TEST_F(MusicTest, PlayResourceUsesTheCallersDeviceIdAndLogsTheStatusAnswer) {
