@@ -16,14 +16,13 @@ namespace api {
 namespace detail {
 
 // GETs `path` with the one query parameter `key`=`value` and the extra
-// `headers`, and points `data` at the answer's "data" member (owned by
-// `cleaner`); `response` keeps the answer's text. 604 with its line when the
-// transport fails or the answer is not JSON or lacks "data".
-utils::ErrorType fetchCatalogueData(json_object*& data, std::string& response,
-                                    json::JSONObjectCleaner& cleaner, const std::string& baseUrl,
-                                    const std::string& path, const char* key,
-                                    const std::string& value,
-                                    const std::vector<std::string>& headers);
+// `headers`, and points `songList` at the answer's "data"."songList" member,
+// of any type unless `arrayOnly` (owned by `cleaner`). 604 with its line when
+// the transport fails or the answer is not JSON or lacks that member.
+utils::ErrorType fetchCatalogueSongList(json_object*& songList, json::JSONObjectCleaner& cleaner,
+                                        const std::string& baseUrl, const std::string& path,
+                                        const char* key, const std::string& value,
+                                        const std::vector<std::string>& headers, bool arrayOnly);
 
 }  // namespace detail
 }  // namespace api

@@ -14,16 +14,10 @@ utils::ErrorType MusicAlbumAPI::getMusicAlbum(std::string& result, const std::st
     // The album service is asked with one (empty) extra header line.
     const std::vector<std::string> headers(1);
     json::JSONObjectCleaner cleaner;
-    json_object* data = nullptr;
-    std::string response;
-    utils::ErrorType status = detail::fetchCatalogueData(data, response, cleaner, baseUrl, path,
-                                                         "albumId", albumId, headers);
+    json_object* songs = nullptr;
+    utils::ErrorType status = detail::fetchCatalogueSongList(songs, cleaner, baseUrl, path,
+                                                             "albumId", albumId, headers, true);
     if (status != utils::ERROR_NONE) return status;
-    json_object* songs = detail::arrayMember(data, "songList");
-    if (songs == nullptr) {
-        VLOG(4) << "Invalid response: " << response;
-        return utils::ERROR_HTTP_FAILED;
-    }
 
     json_object* songIds = cleaner.add(json_object_new_array());
     if (songIds == nullptr) {

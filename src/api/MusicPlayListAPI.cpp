@@ -1,7 +1,6 @@
 #include "velmar/quil/api/MusicPlayListAPI.h"
 
 #include "api/CatalogueService.h"
-#include "velmar/utils/Logging.h"
 
 namespace velmar {
 namespace quil {
@@ -11,17 +10,11 @@ utils::ErrorType MusicPlayListAPI::getMusicPlayList(std::string& result, const s
                                                     const std::string& listId) {
     static const std::string path("/music/playlist/");
     json::JSONObjectCleaner cleaner;
-    json_object* data = nullptr;
-    std::string response;
-    utils::ErrorType status =
-        detail::fetchCatalogueData(data, response, cleaner, baseUrl, path, "listId", listId, {});
-    if (status != utils::ERROR_NONE) return status;
+    json_object* songs = nullptr;
     // Handed over whatever its type; the caller knows the catalogue's lists.
-    json_object* songs = json_object_object_get(data, "songList");
-    if (songs == nullptr) {
-        VLOG(4) << "Invalid response: " << response;
-        return utils::ERROR_HTTP_FAILED;
-    }
+    utils::ErrorType status =
+        detail::fetchCatalogueSongList(songs, cleaner, baseUrl, path, "listId", listId, {}, false);
+    if (status != utils::ERROR_NONE) return status;
     result = json_object_get_string(songs);
     return utils::ERROR_NONE;
 }

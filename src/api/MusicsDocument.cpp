@@ -9,21 +9,11 @@ namespace detail {
 
 namespace {
 
-// A string member of a song (borrowed), or null when it is absent or of
-// another type.
-json_object* stringMember(json_object* object, const char* key) {
-    json_object* value = nullptr;
-    if (!json_object_object_get_ex(object, key, &value)) return nullptr;
-    return json_object_is_type(value, json_type_string) ? value : nullptr;
-}
-
-bool isEmpty(json_object* text) {
-    return text == nullptr || json_object_get_string_len(text) == 0;
-}
-
-// The answer's string shared with the document, or a new "" in its place.
-json_object* sharedOrEmpty(json_object* text) {
-    return text != nullptr ? json_object_get(text) : json_object_new_string("");
+// A string member of a song, "" when it is absent or of another type.
+std::string text(json_object* object, const char* key) {
+    std::string value;
+    json::JSONUtils::getString(object, key, value);
+    return value;
 }
 
 // Hands `value` to `object` under `key` (a literal: json-c keeps the pointer
@@ -52,26 +42,28 @@ utils::ErrorType createError(const char* line) {
 }
 
 utils::ErrorType appendSong(json_object* musics, json_object* song, const SongListRules& rules) {
-    json_object* title = stringMember(song, "name");
-    json_object* origin = stringMember(song, "origin");
-    json_object* originSongId = stringMember(song, "originSongID");
+    const std::string title = text(song, "name");
+    const std::string origin = text(song, "origin");
+    const std::string originSongId = text(song, "originSongID");
     long long songId = 0;
     json::JSONUtils::getInt(song, "songID", songId);
     json_object* artist = nullptr;
     json::JSONUtils::getJSONObject(song, "artist", artist);
-    json_object* artistName = stringMember(artist, "name");
-    if (rules.sourcedOnly && (isEmpty(origin) || isEmpty(originSongId))) return utils::ERROR_NONE;
+    const std::string artistName = text(artist, "name");
+    if (rules.sourcedOnly && (origin.empty() || originSongId.empty())) return utils::ERROR_NONE;
 
     // The entry joins the list before it is filled, so that the list owns it
-    // whatever happens next.
+    // whatever happens next. Its members are new objects made from the
+    // values read; the document shares nothing with the answer.
     json_object* entry = json_object_new_object();
     if (!adopt(musics, entry)) return createError("responseSongInfoObject Create Error");
-    if (!adopt(entry, "artist_name", sharedOrEmpty(artistName)))
+    if (!adopt(entry, "artist_name", json_object_new_string(artistName.c_str())))
         return createError("artistNameObject Create Error");
-    if (!adopt(entry, "song", sharedOrEmpty(title))) return createError("songObject Create Error");
-    if (!adopt(entry, "origin", sharedOrEmpty(origin)))
+    if (!adopt(entry, "song", json_object_new_string(title.c_str())))
+        return createError("songObject Create Error");
+    if (!adopt(entry, "origin", json_object_new_string(origin.c_str())))
         return createError("originObject Create Error");
-    if (!adopt(entry, "id", sharedOrEmpty(originSongId)))
+    if (!adopt(entry, "id", json_object_new_string(originSongId.c_str())))
         return createError("idObject Create Error");
     if (!adopt(entry, "global_id", json_object_new_int64(songId)))
         return createError("globalIdObject Create Error");

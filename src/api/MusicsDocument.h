@@ -26,10 +26,9 @@ struct SongListRules {
 
 // Reshapes `songs`, a JSON array of the cloud's song objects, into
 //   {"musics":[{"artist_name":s,"song":s,"origin":s,"id":s,"global_id":n},...]}
-// and sets `result` to its text. The document is registered with `cleaner`;
-// the answer's strings go into it shared (one more reference each), not
-// copied. 101 with the matching line when an element can't be read or an
-// object can't be created; `result` is then untouched.
+// and sets `result` to its text. The document is registered with `cleaner`.
+// 101 with the matching line when an element can't be read or an object
+// can't be created; `result` is then untouched.
 utils::ErrorType writeMusics(std::string& result, json::JSONObjectCleaner& cleaner,
                              json_object* songs, const SongListRules& rules);
 

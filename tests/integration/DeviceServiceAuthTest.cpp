@@ -34,6 +34,17 @@ TEST_F(DeviceServiceAuthTest, EveryRouteRefusesAWrongSignature) {
         {"GET", "/device/device_status"},
         {"GET", "/device/workday/config"},
         {"POST", "/iot/dcm/set_stereo_server"},
+        {"POST", "/device/music/song_info"},
+        {"GET", "/device/playlist/v2/lists"},
+        {"GET", "/device/playlist/v2/songs"},
+        {"GET", "/device/playlist/v2/songs_in_channel"},
+        {"GET", "/device/music_recommendation"},
+        {"GET", "/device/station/sound_list"},
+        {"GET", "/device/audio/loadmore"},
+        {"GET", "/device/audio/loadmore/v2"},
+        {"GET", "/babycourse/device/next/play"},
+        {"POST", "/babycourse/device/play/update"},
+        {"POST", "/device/music_action_log"},
     };
     for (const auto& [method, path] : routes) {
         std::string response;

@@ -1,6 +1,8 @@
 // The music and content endpoints on the fake port: the song-list slice, the
 // "musics" document both song services share, the catalogue lookups and the
 // thin content endpoints.
+#include <functional>
+
 #include "velmar/fake/FakeTest.h"
 #include "velmar/quil/api/LoadMoreAPI.h"
 #include "velmar/quil/api/LoadMoreV2API.h"
@@ -123,6 +125,14 @@ TEST_F(MusicTest, SongInfoKeepsOnlySongsWithASourceInTheSharedShape) {
         "{\"data\":[{\"songID\":1,\"name\":\"a\"},{\"songID\":2,\"origin\":\"o\"},{\"x\":1}]}");
     ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1,2,3]", 0, -1), 0);
     EXPECT_EQ(result, "{ \"musics\": [ ] }");
+
+    // The filter sees a whole value; the entry holds it as text up to a NUL.
+    fake::pushBody(
+        "{\"data\":[{\"songID\":3,\"name\":\"a\\u0000b\",\"origin\":\"\\u0000\","
+        "\"originSongID\":\"s\"}]}");
+    ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[3]", 0, -1), 0);
+    EXPECT_EQ(result, musics({"{ \"artist_name\": \"\", \"song\": \"a\", \"origin\": \"\", "
+                              "\"id\": \"s\", \"global_id\": 3 }"}));
 }
 
 TEST_F(MusicTest, SongInfoUnusableAnswersLeaveTheResultAlone) {
@@ -377,15 +387,33 @@ TEST_F(MusicTest, ContentListingsSendTheirArgumentsAsGiven) {
     EXPECT_EQ(withoutRequestId(calls[3]).at("userId"), "-5");
     for (const auto& call : calls)
         EXPECT_EQ(call.method, "GET");
+}
 
-    // A failed request still overwrites the result.
-    fake::pushFailure();
-    EXPECT_EQ(LoadMoreAPI::getLoadMoreList(result, kBase, 1, "L1", "", "", 0, 1), 604);
-    EXPECT_EQ(result, "");
-    result = "stale";
-    fake::pushFailure();
-    EXPECT_EQ(MusicRecommendAPI::getMusicRecommendation(result, kBase, "u", "1"), 604);
-    EXPECT_EQ(result, "");
+TEST_F(MusicTest, ThinEndpointsOverwriteTheResultAlsoWhenTheRequestFails) {
+    const std::vector<std::function<int(std::string&)>> calls = {
+        [](std::string& r) {
+            return MusicRecommendAPI::getMusicRecommendation(r, kBase, "u", "1");
+        },
+        [](std::string& r) {
+            return MusicStationAPI::getStationSoundList(r, kBase, "s", "o", "c", 0, 1);
+        },
+        [](std::string& r) { return LoadMoreAPI::getLoadMoreList(r, kBase, 1, "L", "", "", 0, 1); },
+        [](std::string& r) {
+            return LoadMoreV2API::getLoadMoreV2List(r, kBase, 1, "L", "", "", 0, 1);
+        },
+        [](std::string& r) {
+            return PlayResourceAPI::getPlayResource(r, kBase, "d", "a", "c", "p");
+        },
+        [](std::string& r) {
+            return MusicActionLogAPI::log(r, kBase, "u", "a", "e", "i", "t", "");
+        },
+    };
+    for (size_t i = 0; i < calls.size(); ++i) {
+        std::string result = "stale";
+        fake::pushFailure();
+        EXPECT_EQ(calls[i](result), 604) << "call " << i;
+        EXPECT_EQ(result, "") << "call " << i;
+    }
 }
 
 TEST_F(MusicTest, PlayResourceUsesTheCallersDeviceIdAndLogsTheStatusAnswer) {

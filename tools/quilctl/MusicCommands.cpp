@@ -58,6 +58,13 @@ bool intArgs(const Args& args, size_t first, std::initializer_list<int*> values,
     return true;
 }
 
+// A 64-bit identifier first, then OFFSET and COUNT from position `pageAt` on
+// (0 and 20 when not given); false when one is no number of its range.
+bool idAndPage(const Args& args, size_t pageAt, long long& id, int& offset, int& count) {
+    return parseNumber(args.positional[0], LLONG_MIN, LLONG_MAX, id) &&
+           intArgs(args, pageAt, {&offset, &count}, {0, 20});
+}
+
 int badArgument(Output& out) {
     return reportStatus(out, velmar::utils::ERROR_INVALID_ARGUMENT);
 }
@@ -95,11 +102,8 @@ int runSongPage(const Args& args, Output& out,
                 ErrorType (*page)(std::string&, long long, int, int, const std::string&)) {
     long long listId = 0;
     int offset = 0;
-    int count = 20;
-    if (!parseNumber(args.positional[0], LLONG_MIN, LLONG_MAX, listId) ||
-        !intArgs(args, 1, {&offset, &count}, {0, 20})) {
-        return badArgument(out);
-    }
+    int count = 0;
+    if (!idAndPage(args, 1, listId, offset, count)) return badArgument(out);
     std::string musics;
     auto status = page(musics, listId, offset, count, cloudBaseUrl());
     return document(out, "songs", status, musics);
@@ -152,11 +156,8 @@ int runLoadMore(const Args& args, Output& out,
                                   const std::string&, const std::string&, const int&, const int&)) {
     long long userId = 0;
     int offset = 0;
-    int count = 20;
-    if (!parseNumber(args.positional[0], LLONG_MIN, LLONG_MAX, userId) ||
-        !intArgs(args, 4, {&offset, &count}, {0, 20})) {
-        return badArgument(out);
-    }
+    int count = 0;
+    if (!idAndPage(args, 4, userId, offset, count)) return badArgument(out);
     std::string response;
     auto status = load(response, cloudBaseUrl(), userId, args.positional[1], args.positional[2],
                        args.positional[3], offset, count);
