@@ -1,10 +1,7 @@
 #include "velmar/quil/StatPointsUtils.h"
 
 #include <fcntl.h>
-#include <rapidjson/document.h>
-#include <rapidjson/prettywriter.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +11,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "StatReport.h"
 #include "velmar/quil/QuilConfigUtils.h"
 #include "velmar/utils/Logging.h"
 
@@ -22,14 +20,13 @@ namespace quil {
 
 namespace {
 
-using rapidjson::Value;
-
 // A runaway log costs at most this much line text (newlines not counted).
 constexpr long long kMaxTotalBytes = 262144;
 // Shorter lines cannot hold a stat; longer ones are only counted.
 constexpr size_t kMaxBadLine = 19;
 constexpr size_t kMaxSplitLine = 4096;
-constexpr std::string_view kMarker = "stat_points_none";
+// The marker word and the one space after it.
+constexpr std::string_view kMarker = "stat_points_none ";
 // Reads stop near the budget rather than a whole chunk past it; the floor
 // keeps a tail of empty lines from being read a few bytes at a time.
 constexpr size_t kChunk = 16384;
@@ -39,12 +36,24 @@ constexpr size_t kMinRead = 4096;
 // A text without the separator gives no fields at all, so it never matches.
 bool splitInTwo(std::string_view text, char separator, std::string_view& first,
                 std::string_view& second) {
-    const size_t at = text.find(separator);
+    size_t at = std::string_view::npos;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != separator) continue;
+        if (at != std::string_view::npos) return false;  // a third field
+        at = i;
+    }
     if (at == std::string_view::npos) return false;
-    if (text.find(separator, at + 1) != std::string_view::npos) return false;
     first = text.substr(0, at);
     second = text.substr(at + 1);
     return true;
+}
+
+// A stat line cut at every space gives exactly two fields, the marker word
+// and the stat; the stat cut at every "=" exactly two, its name and value.
+bool parseStat(std::string_view line, std::string_view& name, std::string_view& value) {
+    if (line.substr(0, kMarker.size()) != kMarker) return false;
+    const std::string_view stat = line.substr(kMarker.size());
+    return stat.find(' ') == std::string_view::npos && splitInTwo(stat, '=', name, value);
 }
 
 // "%d" of the low 32 bits, as the collector has always written these counts.
@@ -54,58 +63,10 @@ std::string low32Decimal(long long count) {
     return text;
 }
 
-// The report under construction: every value lives in the document's pool.
-class Report {
-  public:
-    Report() : mData(rapidjson::kArrayType) { mDocument.SetObject(); }
-
-    void add(std::string_view name, long long count, std::string_view value) {
-        auto& pool = mDocument.GetAllocator();
-        Value record(rapidjson::kObjectType);
-        record.AddMember("t", text(name), pool);
-        record.AddMember("c", Value(static_cast<int64_t>(count)), pool);
-        record.AddMember("v", text(value), pool);
-        mData.PushBack(record, pool);
-    }
-
-    std::string write(const std::string& hardware, const std::string& version,
-                      const std::string& serialNumber, bool pretty) {
-        auto& pool = mDocument.GetAllocator();
-        mDocument.AddMember("hardware", text(hardware), pool);
-        mDocument.AddMember("version", text(version), pool);
-        mDocument.AddMember("serialNumber", text(serialNumber), pool);
-        Value source(rapidjson::kObjectType);
-        source.AddMember("source", "rom", pool);
-        source.AddMember("data", mData, pool);
-        Value list(rapidjson::kArrayType);
-        list.PushBack(source, pool);
-        mDocument.AddMember("list", list, pool);
-
-        rapidjson::StringBuffer buffer;
-        if (pretty) {
-            rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
-            mDocument.Accept(writer);
-        } else {
-            rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-            mDocument.Accept(writer);
-        }
-        return std::string(buffer.GetString(), buffer.GetSize());
-    }
-
-  private:
-    Value text(std::string_view s) {
-        return Value(s.data(), static_cast<rapidjson::SizeType>(s.size()),
-                     mDocument.GetAllocator());
-    }
-
-    rapidjson::Document mDocument;
-    Value mData;
-};
-
 // Reads the stat lines of one file into the report, within the byte budget.
 class StatLog {
   public:
-    explicit StatLog(Report& report) : mReport(report) {}
+    explicit StatLog(detail::StatReport& report) : mReport(report) {}
 
     void read(int fd) {
         char chunk[kChunk];
@@ -149,13 +110,12 @@ class StatLog {
 
     void endLine(std::string_view line) {
         mTotal += static_cast<long long>(mLineLength);
-        std::string_view marker, stat, name, value;
+        std::string_view name, value;
         if (mLineLength > kMaxSplitLine) {
             ++mLongLines;
         } else if (mLineLength <= kMaxBadLine) {
             ++mBadLines;
-        } else if (splitInTwo(line, ' ', marker, stat) && marker == kMarker &&
-                   splitInTwo(stat, '=', name, value)) {
+        } else if (parseStat(line, name, value)) {
             mReport.add(name, 1, value);
         } else {
             ++mBadLines;
@@ -173,13 +133,21 @@ class StatLog {
         }
     }
 
-    Report& mReport;
+    detail::StatReport& mReport;
     std::string mLine;  // the current line's text while it may still be split
     size_t mLineLength = 0;
     long long mTotal = 0;
     long long mLongLines = 0;
     long long mBadLines = 0;
 };
+
+// How much of the open log will be read, at most (0 when not a regular file).
+size_t readableBytes(int fd) {
+    struct stat info;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size <= 0) return 0;
+    // A log past the budget is read to just beyond it; its newlines do not count.
+    return static_cast<size_t>(std::min<off_t>(info.st_size, kMaxTotalBytes + kChunk));
+}
 
 }  // namespace
 
@@ -189,17 +157,17 @@ std::string StatPointsUtils::collectStatPoints(const std::string& path, bool pre
     QuilConfigUtils::getROMVersion(version);
     QuilConfigUtils::getSN(serialNumber);
 
-    Report report;
     // Non-blocking, so that a FIFO or a device named by mistake cannot stall
     // the caller; a regular file reads the same either way.
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-    if (fd < 0) {
-        VLOG(3) << "Cannot open stat points file: " << path;
-    } else {
-        StatLog(report).read(fd);
+    if (fd < 0) VLOG(3) << "Cannot open stat points file: " << path;
+    auto report = detail::makeStatReport(pretty, hardware, version, serialNumber,
+                                         fd < 0 ? 0 : readableBytes(fd));
+    if (fd >= 0) {
+        StatLog(*report).read(fd);
         ::close(fd);
     }
-    return report.write(hardware, version, serialNumber, pretty);
+    return report->finish();
 }
 
 }  // namespace quil

@@ -1,6 +1,8 @@
 #include "velmar/quil/StatPointsUtils.h"
 
 #include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -164,6 +166,25 @@ TEST_F(StatPointsTest, PrettyReportIndentsByFourSpacesAndHoldsTheSameDocument) {
     a.Parse(pretty.c_str());
     b.Parse(compact.c_str());
     EXPECT_TRUE(a == b);
+}
+
+TEST_F(StatPointsTest, CompactReportIsByteForByteWhatRapidJsonWrites) {
+    fake::setDeviceValue("model", "q\"uil\\v2");
+    std::string bytes;
+    for (int c = 1; c < 0x20; ++c)
+        if (c != '\n') bytes += static_cast<char>(c);
+    bytes += "\"\\/\x7f\xc3\xa9\xe6\x99\xb4\xff";
+    write("stat_points_none k" + bytes + "=" + bytes + "\n" +
+          std::string("stat_points_none n=\0", 20) + "\n");
+    const std::string compact = StatPointsUtils::collectStatPoints(file_, false);
+    rapidjson::Document doc;
+    doc.Parse(compact.data(), compact.size());
+    ASSERT_FALSE(doc.HasParseError());
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    doc.Accept(writer);
+    EXPECT_EQ(compact, std::string(buffer.GetString(), buffer.GetSize()));
+    EXPECT_EQ(records(compact).at(0), Record("k" + bytes, 1, bytes));
 }
 
 TEST_F(StatPointsTest, UnreadableSourcesGiveAnEmptyWellFormedReport) {
