@@ -2,6 +2,7 @@
 
 #include <httplib.h>
 #include <signal.h>
+#include <sys/socket.h>
 
 #include <chrono>
 #include <thread>
@@ -61,11 +62,20 @@ bool LoopbackServer::start() {
     };
     server.Get(".*", answer);
     server.Post(".*", answer);
+    int listening = -1;
+    server.set_socket_options([&listening](int sock) {
+        int on = 1;
+        setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
+        listening = sock;
+    });
     mPort = server.bind_to_any_port("127.0.0.1");
     if (mPort <= 0) {
         mError = "cannot bind a loopback port";
         return false;
     }
+    // cpp-httplib listens with a backlog of 5: eight threads connecting at
+    // once would overflow it and wait a second for their SYN to be resent.
+    if (listening >= 0) ::listen(listening, 128);
     mImpl->thread = std::thread([&server] { server.listen_after_bind(); });
     for (int i = 0; i < 500 && !server.is_running(); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
