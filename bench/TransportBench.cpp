@@ -5,8 +5,8 @@
 
 #include <cstring>
 #include <vector>
-#include "HostEnvironment.h"
 
+#include "HostEnvironment.h"
 #include "velmar/http/HTTPRequest.h"
 #include "velmar/quil/api/PresenceAPI.h"
 
