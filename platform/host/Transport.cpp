@@ -8,6 +8,7 @@
 #include <arpa/inet.h>
 #include <curl/curl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -168,7 +169,13 @@ class Runtime {
         return entries;
     }
 
-    // The certificates to trust when $VELMAR_CA_FILE names an extra bundle:
+    // True when libcurl's built-in trust includes a certificate directory
+    // (Debian's /etc/ssl/certs): an extra bundle can then be named as the CA
+    // file, which replaces the built-in file, and the system store still counts.
+    bool hasSystemCaDirectory() const { return mSystemCaDirectory; }
+
+    // The certificates to trust when $VELMAR_CA_FILE names an extra bundle
+    // and there is no such directory:
     // libcurl's built-in bundle followed by that one, as one in-memory bundle
     // (an in-memory bundle replaces the built-in file, the built-in directory
     // stays). Null when the variable is not set, empty when the extra bundle
@@ -215,6 +222,11 @@ class Runtime {
             if (curl_easy_getinfo(probe, CURLINFO_CAINFO, &file) == CURLE_OK && file != nullptr) {
                 mSystemCaFile = file;
             }
+            char* directory = nullptr;
+            struct stat info;
+            mSystemCaDirectory =
+                curl_easy_getinfo(probe, CURLINFO_CAPATH, &directory) == CURLE_OK &&
+                directory != nullptr && ::stat(directory, &info) == 0 && S_ISDIR(info.st_mode);
             curl_easy_cleanup(probe);
         }
 #endif
@@ -265,6 +277,7 @@ class Runtime {
     std::set<std::string> mUnpinned;
 
     std::string mSystemCaFile;
+    bool mSystemCaDirectory = false;
     std::mutex mCaMutex;
     std::string mBundlePath;
     FileStamp mExtraStamp;
@@ -490,7 +503,20 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
                             static_cast<curl_off_t>(kMaxAnswerBytes)));
     option(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 1L));
     option(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L));
-    if (startsWithNoCase(url, "https:")) {
+    const std::string extraCa = envValue("VELMAR_CA_FILE");
+    if (startsWithNoCase(url, "https:") && !extraCa.empty() && runtime.hasSystemCaDirectory()) {
+        // Named as a file, the bundle costs libcurl a name comparison per
+        // call; an in-memory bundle is copied and compared whole every time.
+        if (::access(extraCa.c_str(), R_OK) != 0) {
+            return fail(error, errorMessage, ERROR_HTTP_TLS,
+                        "cannot read the CA bundle " + extraCa + " named by VELMAR_CA_FILE");
+        }
+        option(curl_easy_setopt(curl, CURLOPT_CAINFO, extraCa.c_str()));
+#if LIBCURL_VERSION_NUM >= 0x075700
+        // Read again for every new connection, so that a replaced file counts.
+        option(curl_easy_setopt(curl, CURLOPT_CA_CACHE_TIMEOUT, 0L));
+#endif
+    } else if (startsWithNoCase(url, "https:")) {
         std::string caPath;
         call.mCa = runtime.trustedBundle(caPath);
         if (call.mCa && call.mCa->empty()) {

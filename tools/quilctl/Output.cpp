@@ -55,6 +55,11 @@ void Output::addDocument(const char* key, const std::string& text) {
     doc.Accept(mWriter);
 }
 
+void Output::addRawJson(const char* key, const std::string& json) {
+    mWriter.Key(key);
+    mWriter.RawValue(json.data(), json.size(), rapidjson::kObjectType);
+}
+
 std::string Output::finish() {
     mWriter.EndObject();
     return std::string(mBuffer.GetString(), mBuffer.GetSize());

@@ -23,6 +23,8 @@ class Output {
     void addInts(const char* key, const std::vector<long long>& values);
     // `text` is embedded as JSON when it parses as JSON, else as a string.
     void addDocument(const char* key, const std::string& text);
+    // `json` (valid JSON text) embedded exactly as it stands, layout included.
+    void addRawJson(const char* key, const std::string& json);
 
     std::string finish();
 

@@ -1,0 +1,151 @@
+// The signed request against a bare libcurl request to the same server, the
+// cost of a fresh connection per call, and calls from several threads at once.
+#include <benchmark/benchmark.h>
+#include <curl/curl.h>
+
+#include <cstring>
+#include <vector>
+
+#include "HostEnvironment.h"
+#include "velmar/http/HTTPRequest.h"
+#include "velmar/quil/api/PresenceAPI.h"
+
+namespace {
+
+using bench::host;
+using velmar::quil::api::PresenceAPI;
+
+// The same path and a query of the same length as the library's request.
+const char kPath[] = "/device/presence/?requestId=00000000-0000-4000-8000-000000000001";
+
+size_t keep(char* data, size_t size, size_t count, void* body) {
+    static_cast<std::string*>(body)->append(data, size * count);
+    return size * count;
+}
+
+// The least a client sets for that GET: URL, body sink and, over HTTPS,
+// verification against the run's CA.
+bool bareGet(CURL* curl, bool tls) {
+    const std::string url = host().server(tls).baseUrl() + kPath;
+    std::string body;
+    curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+    curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, keep);
+    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &body);
+    if (tls) curl_easy_setopt(curl, CURLOPT_CAINFO, host().certificate.caFile.c_str());
+    long status = 0;
+    return curl_easy_perform(curl) == CURLE_OK &&
+           curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status) == CURLE_OK && status == 200;
+}
+
+void Request_Library(benchmark::State& state, bool tls) {
+    const std::string base = host().server(tls).baseUrl();
+    for (auto _ : state) {
+        std::string response;
+        if (PresenceAPI::getPresence(response, base) != 0) {
+            state.SkipWithError("the signed request failed");
+            break;
+        }
+    }
+}
+
+// The host port's transport alone, for the same GET: what the port adds to
+// libcurl, apart from the signing that the library adds on top.
+void Request_Transport(benchmark::State& state, bool tls) {
+    const std::string base = host().server(tls).baseUrl();
+    const std::string query = std::string(kPath).substr(std::strlen("/device/presence/?"));
+    const std::vector<std::string> headers;
+    for (auto _ : state) {
+        int status = 0;
+        std::string body, message;
+        velmar::utils::ErrorType error = velmar::utils::ERROR_NONE;
+        if (!velmar::http::HTTPRequest::httpRequest(status, body, error, message, base,
+                                                    "/device/presence/", query, "GET", headers,
+                                                    15000)) {
+            state.SkipWithError("the transport failed");
+            break;
+        }
+    }
+}
+
+// One handle for every call: its connection (and TLS session) is reused.
+void Request_BareReused(benchmark::State& state, bool tls) {
+    CURL* curl = curl_easy_init();
+    for (auto _ : state) {
+        if (!bareGet(curl, tls)) {
+            state.SkipWithError("the bare request failed");
+            break;
+        }
+    }
+    curl_easy_cleanup(curl);
+}
+
+// A new handle per call: a new connection and, over HTTPS, a full handshake,
+// which is what a transport without reuse pays every time.
+void Request_BareFresh(benchmark::State& state, bool tls) {
+    for (auto _ : state) {
+        CURL* curl = curl_easy_init();
+        const bool ok = bareGet(curl, tls);
+        curl_easy_cleanup(curl);
+        if (!ok) {
+            state.SkipWithError("the bare request failed");
+            break;
+        }
+    }
+}
+
+// A new connection per call, but the TLS session resumed from a share.
+void Request_BareFreshResumed(benchmark::State& state) {
+    CURLSH* share = curl_share_init();
+    curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+    for (auto _ : state) {
+        CURL* curl = curl_easy_init();
+        curl_easy_setopt(curl, CURLOPT_SHARE, share);
+        const bool ok = bareGet(curl, true);
+        curl_easy_cleanup(curl);
+        if (!ok) {
+            state.SkipWithError("the bare request failed");
+            break;
+        }
+    }
+    curl_share_cleanup(share);
+}
+
+// Several daemon threads calling at once: no lock may serialise the calls.
+// Against the instant server the calls contend for the two cores with the
+// server itself; against the distant one they mostly wait, and the waits of
+// several threads must overlap.
+void Throughput_Library(benchmark::State& state, bool distant) {
+    const std::string base = (distant ? host().distant : host().https).baseUrl();
+    for (auto _ : state) {
+        std::string response;
+        if (PresenceAPI::getPresence(response, base) != 0) {
+            state.SkipWithError("the signed request failed");
+            break;
+        }
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+}  // namespace
+
+BENCHMARK_CAPTURE(Request_Library, http, false)->UseRealTime();
+BENCHMARK_CAPTURE(Request_Transport, http, false)->UseRealTime();
+BENCHMARK_CAPTURE(Request_BareReused, http, false)->UseRealTime();
+BENCHMARK_CAPTURE(Request_BareFresh, http, false)->UseRealTime();
+BENCHMARK_CAPTURE(Request_Library, https, true)->UseRealTime();
+BENCHMARK_CAPTURE(Request_Transport, https, true)->UseRealTime();
+BENCHMARK_CAPTURE(Request_BareReused, https, true)->UseRealTime();
+BENCHMARK_CAPTURE(Request_BareFresh, https, true)->UseRealTime();
+BENCHMARK(Request_BareFreshResumed)->UseRealTime();
+BENCHMARK_CAPTURE(Throughput_Library, instant, false)
+    ->Threads(1)
+    ->Threads(2)
+    ->Threads(4)
+    ->Threads(8)
+    ->UseRealTime();
+BENCHMARK_CAPTURE(Throughput_Library, distant, true)
+    ->Threads(1)
+    ->Threads(2)
+    ->Threads(4)
+    ->Threads(8)
+    ->UseRealTime();
