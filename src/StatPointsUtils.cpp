@@ -13,7 +13,6 @@
 
 #include "StatReport.h"
 #include "velmar/quil/QuilConfigUtils.h"
-#include "velmar/utils/Logging.h"
 
 namespace velmar {
 namespace quil {
@@ -160,7 +159,8 @@ std::string StatPointsUtils::collectStatPoints(const std::string& path, bool pre
     // Non-blocking, so that a FIFO or a device named by mistake cannot stall
     // the caller; a regular file reads the same either way.
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-    if (fd < 0) VLOG(3) << "Cannot open stat points file: " << path;
+    // A file that cannot be opened reads as empty, silently: the report is
+    // the only thing the collector hands back.
     auto report = detail::makeStatReport(pretty, hardware, version, serialNumber,
                                          fd < 0 ? 0 : readableBytes(fd));
     if (fd >= 0) {
