@@ -15,8 +15,15 @@ namespace {
 using bench::host;
 using velmar::quil::api::PresenceAPI;
 
-// The same path and a query of the same length as the library's request.
+// The same path, a query of the same length and the same Cookie header as
+// the library's request for the sandboxed device: the bare request sends the
+// same bytes, so that the server's share of the time is alike on both sides.
 const char kPath[] = "/device/presence/?requestId=00000000-0000-4000-8000-000000000001";
+const char kCookie[] =
+    "Cookie: deviceId=7300123456; deviceToken=0a1b2c3d4e5f6a7b8c9d0e1f2a3b4c5d6e7f8a9b0c1=; "
+    "deviceTokenV2=dt-7f3a9c0e4b2d4e6f8a1b3c5d7e9f0a2b; "
+    "nonce=00000000-0000-4000-8000-000000000002; "
+    "signatureV2=sg-0a2b4c6d8e0f1a3b5c7d9e1f3a5b7c9d; sn=4417/20260001; userId=1001";
 
 size_t keep(char* data, size_t size, size_t count, void* body) {
     static_cast<std::string*>(body)->append(data, size * count);
@@ -28,13 +35,19 @@ size_t keep(char* data, size_t size, size_t count, void* body) {
 bool bareGet(CURL* curl, bool tls) {
     const std::string url = host().server(tls).baseUrl() + kPath;
     std::string body;
+    curl_slist* headers = curl_slist_append(nullptr, kCookie);
     curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+    curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers);
     curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, keep);
     curl_easy_setopt(curl, CURLOPT_WRITEDATA, &body);
     if (tls) curl_easy_setopt(curl, CURLOPT_CAINFO, host().certificate.caFile.c_str());
     long status = 0;
-    return curl_easy_perform(curl) == CURLE_OK &&
-           curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status) == CURLE_OK && status == 200;
+    const bool ok = curl_easy_perform(curl) == CURLE_OK &&
+                    curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status) == CURLE_OK &&
+                    status == 200;
+    curl_easy_setopt(curl, CURLOPT_HTTPHEADER, nullptr);
+    curl_slist_free_all(headers);
+    return ok;
 }
 
 void Request_Library(benchmark::State& state, bool tls) {
@@ -53,7 +66,7 @@ void Request_Library(benchmark::State& state, bool tls) {
 void Request_Transport(benchmark::State& state, bool tls) {
     const std::string base = host().server(tls).baseUrl();
     const std::string query = std::string(kPath).substr(std::strlen("/device/presence/?"));
-    const std::vector<std::string> headers;
+    const std::vector<std::string> headers{kCookie};
     for (auto _ : state) {
         int status = 0;
         std::string body, message;

@@ -1,9 +1,10 @@
 // The platform byte-string functions: HMAC-SHA256, its debug dump and release.
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
-#include <openssl/hmac.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include "ByteStrings.h"
@@ -11,28 +12,78 @@
 namespace velmar {
 namespace detail {
 
+namespace {
+
+constexpr size_t kBlock = 64;  // SHA-256 block size
+constexpr size_t kDigest = 32;
+
+// SHA-256, fetched from the provider once: a fetch per call costs more than
+// the hash of a short text.
+const EVP_MD* sha256() {
+#if OPENSSL_VERSION_NUMBER >= 0x30000000L
+    static const EVP_MD* md = EVP_MD_fetch(nullptr, "SHA256", nullptr);
+    return md;
+#else
+    return EVP_sha256();
+#endif
+}
+
+bool digestParts(EVP_MD_CTX* ctx, const unsigned char* pad, const unsigned char* data, size_t size,
+                 unsigned char* out) {
+    unsigned int length = 0;
+    return EVP_DigestInit_ex(ctx, sha256(), nullptr) == 1 &&
+           EVP_DigestUpdate(ctx, pad, kBlock) == 1 && EVP_DigestUpdate(ctx, data, size) == 1 &&
+           EVP_DigestFinal_ex(ctx, out, &length) == 1 && length == kDigest;
+}
+
+// HMAC (RFC 2104) over SHA-256.
+bool hmac(const unsigned char* key, size_t keySize, const unsigned char* data, size_t size,
+          unsigned char* out) {
+    if (sha256() == nullptr) return false;
+    EVP_MD_CTX* ctx = EVP_MD_CTX_new();
+    if (ctx == nullptr) return false;
+    unsigned char block[kBlock] = {};
+    bool ok = true;
+    if (keySize > kBlock) {
+        unsigned int length = 0;
+        ok = EVP_Digest(key, keySize, block, &length, sha256(), nullptr) == 1;
+    } else if (keySize > 0) {
+        std::memcpy(block, key, keySize);
+    }
+    unsigned char inner[kBlock];
+    unsigned char outer[kBlock];
+    for (size_t i = 0; i < kBlock; ++i) {
+        inner[i] = static_cast<unsigned char>(block[i] ^ 0x36);
+        outer[i] = static_cast<unsigned char>(block[i] ^ 0x5c);
+    }
+    unsigned char innerDigest[kDigest];
+    ok = ok && digestParts(ctx, inner, data, size, innerDigest) &&
+         digestParts(ctx, outer, innerDigest, kDigest, out);
+    OPENSSL_cleanse(block, sizeof(block));
+    OPENSSL_cleanse(inner, sizeof(inner));
+    OPENSSL_cleanse(outer, sizeof(outer));
+    EVP_MD_CTX_free(ctx);
+    return ok;
+}
+
+}  // namespace
+
 str_t* hmacSha256(const str_t* data, const str_t* key) {
     if (data == nullptr || key == nullptr) return nullptr;
     if ((data->data == nullptr && data->len > 0) || (key->data == nullptr && key->len > 0)) {
         return nullptr;
     }
-    static const unsigned char empty = 0;
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int size = 0;
-    if (HMAC(EVP_sha256(), key->data ? key->data : &empty, static_cast<int>(key->len),
-             data->data ? data->data : &empty, data->len, digest, &size) == nullptr) {
-        return nullptr;
-    }
+    unsigned char digest[kDigest];
+    if (!hmac(key->data, key->len, data->data, data->len, digest)) return nullptr;
     str_t* out = static_cast<str_t*>(std::malloc(sizeof(str_t)));
     if (out == nullptr) return nullptr;
-    out->data = static_cast<unsigned char*>(std::malloc(size));
+    out->data = static_cast<unsigned char*>(std::malloc(kDigest));
     if (out->data == nullptr) {
         std::free(out);
         return nullptr;
     }
-    for (unsigned i = 0; i < size; ++i)
-        out->data[i] = digest[i];
-    out->len = size;
+    std::memcpy(out->data, digest, kDigest);
+    out->len = kDigest;
     return out;
 }
 

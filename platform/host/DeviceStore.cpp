@@ -1,13 +1,19 @@
 // The device-information functions on a file-backed store: /data/device/<name>
 // holds the value, one trailing newline ignored; writes replace the file
 // atomically. Every path lies under $VELMAR_ROOT when that is set.
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <mutex>
+#include <shared_mutex>
 #include <string>
+#include <unordered_map>
 
 #include "ByteStrings.h"
 #include "FileRead.h"
@@ -23,6 +29,71 @@ std::string storePath(const char* name) {
     return std::string("/data/device/") + name;
 }
 
+// Every signed request reads six values of the store; opening and reading
+// each file every time costs more than the rest of the signing. A value is
+// read again only when its file is no longer the one read: another inode,
+// size or time stamp. A file changed in the last second is always read, since
+// a rewrite in place within one tick of the file system's clock would keep
+// its size and time stamps.
+class ValueCache {
+  public:
+    bool read(const std::string& path, size_t limit, std::string& out) {
+        struct stat info;
+        if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
+        timespec now{};
+        ::clock_gettime(CLOCK_REALTIME, &now);
+        const bool settled =
+            now.tv_sec - info.st_ctim.tv_sec > 1 ||
+            (now.tv_sec - info.st_ctim.tv_sec == 1 && now.tv_nsec >= info.st_ctim.tv_nsec);
+        if (settled) {
+            std::shared_lock<std::shared_mutex> lock(mMutex);
+            auto it = mEntries.find(path);
+            if (it != mEntries.end() && it->second.matches(info, limit)) {
+                out = it->second.content;
+                return true;
+            }
+        }
+        // Read past the caller's limit, so that one entry serves every buffer size.
+        const size_t readLimit = std::max(limit, kReadLimit);
+        if (!velmar::host::readFile(path, readLimit, out)) return false;
+        if (settled) {
+            std::unique_lock<std::shared_mutex> lock(mMutex);
+            if (mEntries.size() >= kMaxEntries) mEntries.clear();  // sandboxes come and go
+            mEntries[path] = Entry{info, readLimit, out};
+        }
+        if (out.size() > limit) out.resize(limit);
+        return true;
+    }
+
+  private:
+    static constexpr size_t kReadLimit = 4097;
+    static constexpr size_t kMaxEntries = 64;
+
+    struct Entry {
+        struct stat info;
+        size_t limit;
+        std::string content;
+
+        bool matches(const struct stat& now, size_t wanted) const {
+            const bool whole = content.size() < limit;
+            return (whole || wanted <= limit) && now.st_ino == info.st_ino &&
+                   now.st_dev == info.st_dev && now.st_size == info.st_size &&
+                   now.st_mtim.tv_sec == info.st_mtim.tv_sec &&
+                   now.st_mtim.tv_nsec == info.st_mtim.tv_nsec &&
+                   now.st_ctim.tv_sec == info.st_ctim.tv_sec &&
+                   now.st_ctim.tv_nsec == info.st_ctim.tv_nsec;
+        }
+    };
+
+    std::shared_mutex mMutex;
+    std::unordered_map<std::string, Entry> mEntries;
+};
+
+ValueCache& valueCache() {
+    static ValueCache* cache = new ValueCache;  // outlives calls made during exit
+    return *cache;
+}
+
 // The value's length, or -1 when the file is missing or the value does not
 // fit `size` bytes with its terminating NUL. `buf` is "" after a failure.
 int getValue(const char* name, char* buf, int size) {
@@ -30,8 +101,8 @@ int getValue(const char* name, char* buf, int size) {
     buf[0] = '\0';
     std::string value;
     // One byte beyond a value that fits, plus its newline, tells "too long".
-    if (!velmar::host::readFile(FileUtils::devicePath(storePath(name)),
-                                static_cast<size_t>(size) + 1, value)) {
+    if (!valueCache().read(FileUtils::devicePath(storePath(name)), static_cast<size_t>(size) + 1,
+                           value)) {
         return -1;
     }
     if (!value.empty() && value.back() == '\n') value.pop_back();

@@ -76,12 +76,15 @@ std::string UUIDUtils::generate() {
     std::vector<unsigned char> b = crypto::RandomUtils::nextBytes(16);
     b[6] = static_cast<unsigned char>((b[6] & 0x0f) | 0x40);  // version 4
     b[8] = static_cast<unsigned char>((b[8] & 0x3f) | 0x80);  // RFC 4122 variant
-    char text[37];
-    std::snprintf(text, sizeof(text),
-                  "%02x%02x%02x%02x-%02x%02x-%02x%02x-%02x%02x-%02x%02x%02x%02x%02x%02x", b[0],
-                  b[1], b[2], b[3], b[4], b[5], b[6], b[7], b[8], b[9], b[10], b[11], b[12], b[13],
-                  b[14], b[15]);
-    return text;
+    static const char kHex[] = "0123456789abcdef";
+    char text[36];
+    size_t at = 0;
+    for (size_t i = 0; i < 16; ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) text[at++] = '-';
+        text[at++] = kHex[b[i] >> 4];
+        text[at++] = kHex[b[i] & 0x0f];
+    }
+    return std::string(text, sizeof(text));
 }
 
 }  // namespace utils
