@@ -36,14 +36,8 @@ namespace {
 
 const char kBase[] = "https://cloud.test";
 
-class AdminStatusTest : public fake::FakeTest {
+class AdminStatusTest : public fake::FakeDeviceTest {
   protected:
-    void SetUp() override {
-        FakeTest::SetUp();
-        fake::setConfig("sQuilAPIURL", kBase);
-        fake::setDeviceValue("deviceid", "dev-42");
-        fake::setDeviceValue("channel_secret", "0123456789abcdef");
-    }
     // The cloud's answer naming `id` (an unbound device comes with code 612).
     static void cloudAdmin(long long id) {
         fake::pushBody("{\"code\":" + std::string(id < 0 ? "612" : "0") +
@@ -51,7 +45,7 @@ class AdminStatusTest : public fake::FakeTest {
     }
     void TearDown() override {
         gCloudReportsUnbound = false;
-        FakeTest::TearDown();
+        FakeDeviceTest::TearDown();
     }
     static std::vector<std::string> calls() { return fake::deviceCalls(); }
 };

@@ -51,12 +51,11 @@ std::string expectedToken(const std::string& key, const std::string& text) {
         std::vector<unsigned char>(digest, digest + size));
 }
 
-class DeviceAPITest : public fake::FakeTest {
+class DeviceAPITest : public fake::FakeDeviceTest {
   protected:
     void SetUp() override {
-        FakeTest::SetUp();
+        FakeDeviceTest::SetUp();
         fake::setDeviceValue("sn", "SN0001");
-        fake::setDeviceValue("deviceid", "dev-42");
         fake::setDeviceValue("channel_secret", kSecret);
         fake::setDeviceValue("device_token", "stored-token");
         fake::setDeviceValue("device_token_sign", "stored-sign");
@@ -102,7 +101,7 @@ TEST_F(DeviceAPITest, SendsTheSignedRequestWithOneCookieHeader) {
 TEST_F(DeviceAPITest, OnlyTheFirstSixteenBytesOfTheSecretSign) {
     auto tokenFor = [](const std::string& secret) {
         fake::reset();
-        fake::setDeviceValue("deviceid", "dev-42");
+        fake::giveIdentity();
         fake::setDeviceValue("channel_secret", secret);
         fake::pushBody("{}");
         std::string response;
@@ -311,7 +310,6 @@ TEST_F(DeviceAPITest, TokenCallsHandBackTheBodyAndEmptyItOnFailure) {
 
 TEST_F(DeviceAPITest, KeepAliveKeyIsKeptUnlessTheAnswerCarriesOne) {
     fake::setDeviceValue("model", "quil.speaker.v2");
-    fake::setConfig("sQuilAPIURL", kBase);
     std::string key = "old-key";
     fake::pushBody("{\"code\":0,\"data\":\"k-123\"}");
     QuilConfigUtils::keepAliveKeyGet(key);

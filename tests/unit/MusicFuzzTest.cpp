@@ -159,8 +159,7 @@ TEST_F(MusicFuzzTest, BrokenAnswersEndInADocumentedStatus) {
     int succeeded = 0;
     for (int round = 0; round < 400; ++round) {
         fake::reset();
-        fake::setDeviceValue("deviceid", "dev-42");
-        fake::setDeviceValue("channel_secret", "0123456789abcdef");
+        fake::giveIdentity();
         const std::string body = generator.answer();
         for (const auto& [name, call] : calls) {
             fake::pushBody(body);

@@ -17,6 +17,7 @@
 
 using namespace velmar::quil::api;
 namespace fake = velmar::fake;
+using Params = std::map<std::string, std::string>;
 
 namespace {
 
@@ -61,14 +62,8 @@ std::string musics(std::initializer_list<std::string> entries) {
     return text + (first ? "] }" : " ] }");
 }
 
-class MusicTest : public fake::FakeTest {
+class MusicTest : public fake::FakeDeviceTest {
   protected:
-    void SetUp() override {
-        FakeTest::SetUp();
-        fake::setDeviceValue("deviceid", "dev-42");
-        fake::setDeviceValue("channel_secret", "0123456789abcdef");
-    }
-
     // The "songIdList" sent by getSongListInfo for one slice of `list`.
     static std::string sentSlice(const std::string& list, int start, int count) {
         fake::pushBody("{\"data\":[]}");
@@ -362,29 +357,23 @@ TEST_F(MusicTest, ContentListingsSendTheirArgumentsAsGiven) {
 
     const auto& calls = fake::calls();
     ASSERT_EQ(calls.size(), 4u);
-    using Params = std::map<std::string, std::string>;
-    auto withoutRequestId = [](const fake::Call& call) {
-        Params params = call.decodedParams();
-        params.erase("requestId");
-        return params;
-    };
     EXPECT_EQ(calls[0].path, "/device/music_recommendation");
-    EXPECT_EQ(withoutRequestId(calls[0]), (Params{{"userId", "u-1"}, {"count", "ten"}}));
+    EXPECT_EQ(fake::paramsOf(calls[0]), (Params{{"userId", "u-1"}, {"count", "ten"}}));
     EXPECT_EQ(calls[1].path, "/device/station/sound_list");
-    EXPECT_EQ(withoutRequestId(calls[1]), (Params{{"stationId", "st-1"},
-                                                  {"origin", "fm"},
-                                                  {"category", "news"},
-                                                  {"offset", "-1"},
-                                                  {"count", "0"}}));
+    EXPECT_EQ(fake::paramsOf(calls[1]), (Params{{"stationId", "st-1"},
+                                                {"origin", "fm"},
+                                                {"category", "news"},
+                                                {"offset", "-1"},
+                                                {"count", "0"}}));
     EXPECT_EQ(calls[2].path, "/device/audio/loadmore");
-    EXPECT_EQ(withoutRequestId(calls[2]), (Params{{"userId", "4294967297"},
-                                                  {"listId", "L1"},
-                                                  {"origin", "tide"},
-                                                  {"type", "album"},
-                                                  {"offset", "20"},
-                                                  {"count", "-1"}}));
+    EXPECT_EQ(fake::paramsOf(calls[2]), (Params{{"userId", "4294967297"},
+                                                {"listId", "L1"},
+                                                {"origin", "tide"},
+                                                {"type", "album"},
+                                                {"offset", "20"},
+                                                {"count", "-1"}}));
     EXPECT_EQ(calls[3].path, "/device/audio/loadmore/v2");
-    EXPECT_EQ(withoutRequestId(calls[3]).at("userId"), "-5");
+    EXPECT_EQ(fake::paramsOf(calls[3]).at("userId"), "-5");
     for (const auto& call : calls)
         EXPECT_EQ(call.method, "GET");
 }
@@ -424,11 +413,9 @@ TEST_F(MusicTest, PlayResourceUsesTheCallersDeviceIdAndLogsTheStatusAnswer) {
     EXPECT_EQ(result, "{\"next\":1}");
     EXPECT_EQ(fake::calls().at(0).path, "/babycourse/device/next/play");
     EXPECT_EQ(fake::calls().at(0).method, "GET");
-    auto params = fake::calls().at(0).decodedParams();
-    EXPECT_EQ(params.at("deviceId"), "other-dev");
-    EXPECT_EQ(params.at("alarmId"), "al-9");
-    EXPECT_EQ(params.at("cpId"), "cp-1");
-    EXPECT_EQ(params.at("cp"), "kids");
+    EXPECT_EQ(
+        fake::paramsOf(fake::calls().at(0)),
+        (Params{{"deviceId", "other-dev"}, {"alarmId", "al-9"}, {"cpId", "cp-1"}, {"cp", "kids"}}));
 
     fake::pushBody("{\"code\":0}");
     EXPECT_EQ(
@@ -437,11 +424,12 @@ TEST_F(MusicTest, PlayResourceUsesTheCallersDeviceIdAndLogsTheStatusAnswer) {
     EXPECT_TRUE(fake::logged("!!!!!!response is :{\"code\":0}", 4));
     EXPECT_EQ(fake::calls().at(1).path, "/babycourse/device/play/update");
     EXPECT_EQ(fake::calls().at(1).method, "POST");
-    params = fake::calls().at(1).decodedParams();
-    EXPECT_EQ(params.at("playCPId"), "cp-2");
-    EXPECT_EQ(params.at("playCP"), "kids");
-    EXPECT_EQ(params.at("playIndex"), "-1");
-    EXPECT_EQ(params.at("playPosition"), "65000");
+    EXPECT_EQ(fake::paramsOf(fake::calls().at(1)), (Params{{"deviceId", "dev-42"},
+                                                           {"alarmId", "al-9"},
+                                                           {"playCPId", "cp-2"},
+                                                           {"playCP", "kids"},
+                                                           {"playIndex", "-1"},
+                                                           {"playPosition", "65000"}}));
 
     fake::pushFailure();
     EXPECT_EQ(PlayResourceAPI::setPlayResourceStatus(kBase, "d", "a", "c", "p", 0, 0), 604);
@@ -466,17 +454,16 @@ TEST_F(MusicTest, ActionLogCarriesTheDeviceIdentityOrEmptyValues) {
     const auto& calls = fake::calls();
     EXPECT_EQ(calls.at(0).path, "/device/music_action_log");
     EXPECT_EQ(calls.at(0).method, "POST");
-    auto params = calls.at(0).decodedParams();
-    EXPECT_EQ(params.at("hardware"), "quil.speaker.v2");
-    EXPECT_EQ(params.at("romVersion"), "2.14.3");
-    EXPECT_EQ(params.at("romChannel"), "release");
-    EXPECT_EQ(params.at("userId"), "u-1");
-    EXPECT_EQ(params.at("appId"), "app");
-    EXPECT_EQ(params.at("eventType"), "play");
-    EXPECT_EQ(params.at("itemId"), "s-1");
-    EXPECT_EQ(params.at("itemType"), "song");
-    EXPECT_EQ(params.at("extraInfo"), "{\"from\":\"voice\"}");
-    params = calls.at(1).decodedParams();
+    EXPECT_EQ(fake::paramsOf(calls.at(0)), (Params{{"hardware", "quil.speaker.v2"},
+                                                   {"romVersion", "2.14.3"},
+                                                   {"romChannel", "release"},
+                                                   {"userId", "u-1"},
+                                                   {"appId", "app"},
+                                                   {"eventType", "play"},
+                                                   {"itemId", "s-1"},
+                                                   {"itemType", "song"},
+                                                   {"extraInfo", "{\"from\":\"voice\"}"}}));
+    auto params = calls.at(1).decodedParams();
     EXPECT_EQ(params.at("hardware"), "");
     EXPECT_EQ(params.at("romVersion"), "2.14.3");
     EXPECT_EQ(params.at("romChannel"), "");

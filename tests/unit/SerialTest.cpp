@@ -13,13 +13,11 @@ namespace {
 const char kBase[] = "https://cloud.test";
 const char kCarrierFile[] = "/data/messagingagent/carrier";
 
-class SerialTest : public fake::FakeTest {
+class SerialTest : public fake::FakeDeviceTest {
   protected:
     void SetUp() override {
-        FakeTest::SetUp();
+        FakeDeviceTest::SetUp();
         fake::setDeviceValue("sn", "SN0001");
-        fake::setDeviceValue("deviceid", "dev-42");
-        fake::setDeviceValue("channel_secret", "0123456789abcdef");
         fake::setDeviceValue("iot_did", "iot-42");
         fake::setDeviceValue("model", "speaker.v2");
         fake::setConfig("sQuilUserprofileURL", "https://profile.test");

@@ -10,14 +10,7 @@ namespace {
 
 const char kBase[] = "https://cloud.test";
 
-class StatusTest : public fake::FakeTest {
-  protected:
-    void SetUp() override {
-        FakeTest::SetUp();
-        fake::setDeviceValue("deviceid", "dev-42");
-        fake::setDeviceValue("channel_secret", "0123456789abcdef");
-    }
-};
+using StatusTest = fake::FakeDeviceTest;
 
 TEST_F(StatusTest, DeviceStatusUsesTheCatagorySpellingAndChecksOnlyData) {
     fake::pushBody("{\"code\":0}");

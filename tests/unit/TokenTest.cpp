@@ -11,12 +11,10 @@ namespace {
 
 const char kBase[] = "https://cloud.test";
 
-class TokenTest : public fake::FakeTest {
+class TokenTest : public fake::FakeDeviceTest {
   protected:
     void SetUp() override {
-        FakeTest::SetUp();
-        fake::setDeviceValue("deviceid", "dev-42");
-        fake::setDeviceValue("channel_secret", "0123456789abcdef");
+        FakeDeviceTest::SetUp();
         fake::setDeviceValue("uid", "1001");
     }
 };
