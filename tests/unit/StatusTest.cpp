@@ -41,11 +41,7 @@ TEST_F(StatusTest, DeviceStatusUsesTheCatagorySpellingAndChecksOnlyData) {
 }
 
 TEST_F(StatusTest, WorkDayConfigNotModifiedWinsOverTheRequestStatus) {
-    fake::Answer notModified;
-    notModified.ok = false;
-    notModified.status = 304;
-    notModified.error = velmar::utils::ERROR_HTTP_FAILED;
-    fake::pushAnswer(notModified);
+    fake::pushAnswer({false, 304, "", velmar::utils::ERROR_HTTP_FAILED, ""});
     std::string config = "stale";
     EXPECT_EQ(WorkDayConfigAPI::getWorkDayConfig(config, kBase, "2026.1"), 0);
     EXPECT_EQ(config, "");
