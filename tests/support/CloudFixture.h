@@ -81,7 +81,6 @@ class CloudFixture : public ::testing::Test {
     void store(const std::string& name, const std::string& value) {
         std::ofstream(root_ / "data/device" / name) << value << "\n";
     }
-    void unstore(const std::string& name) { fs::remove(root_ / "data/device" / name); }
 
     // Makes `id` the device's super administrator, in the store and in the cloud.
     void bindAdministrator(long long id) {

@@ -3,6 +3,8 @@
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 
+#include <regex>
+
 #include "velmar/crypto/BaseEncoding.h"
 #include "velmar/fake/FakeTest.h"
 #include "velmar/http/HTTPRequest.h"
@@ -22,23 +24,13 @@ namespace {
 const char kBase[] = "https://cloud.test";
 const char kSecret[] = "0123456789abcdef-tail-of-secret";
 
-// Cookie header "Cookie: a=1; b=2" back into a map.
+// The one Cookie header of `call` ("Cookie: a=1; b=2") as a map.
 std::map<std::string, std::string> cookiesOf(const fake::Call& call) {
     std::map<std::string, std::string> out;
-    if (call.headers.size() != 1) return out;
-    std::string text = call.headers[0];
-    const std::string prefix = "Cookie: ";
-    if (text.rfind(prefix, 0) != 0) return out;
-    text = text.substr(prefix.size());
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t end = text.find("; ", start);
-        if (end == std::string::npos) end = text.size();
-        std::string pair = text.substr(start, end - start);
-        size_t eq = pair.find('=');
-        out[pair.substr(0, eq)] = pair.substr(eq + 1);
-        start = end + 2;
-    }
+    const std::string text = call.headers.size() == 1 ? call.headers[0] : "";
+    const std::regex pair("(?:^Cookie: |; )([^=;]*)=([^;]*)");
+    for (std::sregex_iterator it(text.begin(), text.end(), pair), end; it != end; ++it)
+        out[(*it)[1]] = (*it)[2];
     return out;
 }
 

@@ -1,8 +1,6 @@
 // The music and content endpoints on the fake port: the song-list slice, the
 // "musics" document both song services share, the catalogue lookups and the
 // thin content endpoints.
-#include <functional>
-
 #include "velmar/fake/FakeTest.h"
 #include "velmar/quil/api/LoadMoreAPI.h"
 #include "velmar/quil/api/LoadMoreV2API.h"
@@ -360,30 +358,22 @@ TEST_F(MusicTest, ContentListingsSendTheirArgumentsAsGiven) {
 }
 
 TEST_F(MusicTest, ThinEndpointsOverwriteTheResultAlsoWhenTheRequestFails) {
-    const std::vector<std::function<int(std::string&)>> calls = {
-        [](std::string& r) {
-            return MusicRecommendAPI::getMusicRecommendation(r, kBase, "u", "1");
-        },
-        [](std::string& r) {
-            return MusicStationAPI::getStationSoundList(r, kBase, "s", "o", "c", 0, 1);
-        },
-        [](std::string& r) { return LoadMoreAPI::getLoadMoreList(r, kBase, 1, "L", "", "", 0, 1); },
-        [](std::string& r) {
-            return LoadMoreV2API::getLoadMoreV2List(r, kBase, 1, "L", "", "", 0, 1);
-        },
-        [](std::string& r) {
-            return PlayResourceAPI::getPlayResource(r, kBase, "d", "a", "c", "p");
-        },
-        [](std::string& r) {
-            return MusicActionLogAPI::log(r, kBase, "u", "a", "e", "i", "t", "");
-        },
-    };
-    for (size_t i = 0; i < calls.size(); ++i) {
-        std::string result = "stale";
+    for (int i = 0; i < 6; ++i)
         fake::pushFailure();
-        EXPECT_EQ(calls[i](result), 604) << "call " << i;
-        EXPECT_EQ(result, "") << "call " << i;
-    }
+    // Each call is handed a stale result; "604:" is the status and an emptied result.
+    std::string r;
+    auto left = [&r](int status) { return std::to_string(status) + ":" + r; };
+    EXPECT_EQ(left(MusicRecommendAPI::getMusicRecommendation(r = "stale", kBase, "u", "1")),
+              "604:");
+    EXPECT_EQ(left(MusicStationAPI::getStationSoundList(r = "stale", kBase, "s", "o", "c", 0, 1)),
+              "604:");
+    EXPECT_EQ(left(LoadMoreAPI::getLoadMoreList(r = "stale", kBase, 1, "L", "", "", 0, 1)), "604:");
+    EXPECT_EQ(left(LoadMoreV2API::getLoadMoreV2List(r = "stale", kBase, 1, "L", "", "", 0, 1)),
+              "604:");
+    EXPECT_EQ(left(PlayResourceAPI::getPlayResource(r = "stale", kBase, "d", "a", "c", "p")),
+              "604:");
+    EXPECT_EQ(left(MusicActionLogAPI::log(r = "stale", kBase, "u", "a", "e", "i", "t", "")),
+              "604:");
 }
 
 TEST_F(MusicTest, PlayResourceUsesTheCallersDeviceIdAndLogsTheStatusAnswer) {

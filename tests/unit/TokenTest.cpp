@@ -1,3 +1,5 @@
+#include <tuple>
+
 #include "velmar/fake/FakeTest.h"
 #include "velmar/quil/api/AIServiceTokenAPI.h"
 #include "velmar/quil/api/TencentAccountAPI.h"
@@ -163,13 +165,9 @@ TEST_F(TokenTest, TencentAccountKeepsFieldsTheAnswerLeavesOut) {
         "{\"code\":0,\"data\":{\"txAppID\":\"app\",\"txIDType\":\"wx\",\"txVendorUID\":\"v\","
         "\"txAccessToken\":\"at\",\"txRefreshToken\":\"rt\",\"txExpiresIn\":7776000000}}");
     EXPECT_EQ(TencentAccountAPI::getTencentAccount(account, kBase), 0);
-    EXPECT_EQ(account.txAppID, "app");
-    EXPECT_EQ(account.txID, "previous");
-    EXPECT_EQ(account.txIDType, "wx");
-    EXPECT_EQ(account.txVendorUID, "v");
-    EXPECT_EQ(account.txAccessToken, "at");
-    EXPECT_EQ(account.txRefreshToken, "rt");
-    EXPECT_EQ(account.txExpiresIn, 7776000000LL);
+    EXPECT_EQ(std::tie(account.txAppID, account.txID, account.txIDType, account.txVendorUID,
+                       account.txAccessToken, account.txRefreshToken, account.txExpiresIn),
+              std::make_tuple("app", "previous", "wx", "v", "at", "rt", 7776000000LL));
 
     const std::pair<const char*, int> cases[] = {{"{\"code\":1}", 1002},
                                                  {"{\"code\":9}", 101},
