@@ -21,7 +21,7 @@
 #include <random>
 #include <thread>
 
-#include "quilcloud/Cloud.h"
+#include "CloudFixture.h"
 
 extern char** environ;
 
@@ -303,10 +303,7 @@ TEST(CloudSkeletonTest, BinaryWritesItsReadyFileAndStopsOnSigterm) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     };
-    auto slurp = [&](const char* name) {
-        std::ifstream in(dir.path() / name);
-        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    };
+    auto slurp = [&](const char* name) { return velmar::testing::readFile(dir.path() / name); };
 
     EXPECT_EQ(exitCode(spawn({"--bind", "192.0.2.1"})), 1);
     EXPECT_NE(slurp("err").find("not a loopback address"), std::string::npos) << slurp("err");

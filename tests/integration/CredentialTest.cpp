@@ -3,7 +3,6 @@
 #include <json-c/json.h>
 
 #include "CloudFixture.h"
-#include "velmar/http/HTTPRequest.h"
 #include "velmar/quil/QuilConfigUtils.h"
 #include "velmar/quil/api/DeviceAPI.h"
 #include "velmar/quil/api/PresenceAPI.h"
@@ -39,21 +38,10 @@ class CredentialTest : public velmar::testing::CloudFixture {
         DeviceAPI::request(response, status, baseUrl(), "/device/presence/", "GET", {});
         return status;
     }
-    // The cloud's control, as the demo drives it: a user binds or unbinds.
+    // A user binds or unbinds the device in the cloud only.
     void cloudAdmin(long long id) {
-        int status = 0;
-        std::string body;
-        velmar::utils::ErrorType error = velmar::utils::ERROR_NONE;
-        std::string message;
-        ASSERT_TRUE(velmar::http::HTTPRequest::httpRequest(
-            status, body, error, message, baseUrl(), "/quil-cloud/super_admin",
-            std::string("deviceId=") + SampleDevice::deviceId + "&userId=" + std::to_string(id),
-            "POST", {}, 5000));
-        ASSERT_EQ(status, 200) << body;
-    }
-    std::string bindLog() {
-        std::ifstream in(root() / "bind.log");
-        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        cloud().registry().update(SampleDevice::deviceId,
+                                  [id](quilcloud::Device& d) { d.superAdmin = id; });
     }
 };
 
@@ -121,7 +109,7 @@ TEST_F(CredentialTest, AdminSyncBindsChangesAndUnbindsThroughTheBindScript) {
     ASSERT_TRUE(QuilConfigUtils::syncAdminStatus(false));
     ASSERT_TRUE(QuilConfigUtils::getSuperAdmin(stored));
     EXPECT_EQ(stored, -1);
-    EXPECT_EQ(bindLog(), "bind\nbind\nunbind\n");
+    EXPECT_EQ(velmar::testing::readFile(root() / "bind.log"), "bind\nbind\nunbind\n");
 
     EXPECT_TRUE(QuilConfigUtils::clearAdminStatus());
     EXPECT_FALSE(fs::exists(devicePath("/data/device/uid")));

@@ -16,6 +16,7 @@
 
 #include <gtest/gtest.h>
 
+#include "CloudFixture.h"
 #include "velmar/crypto/RandomUtils.h"
 #include "velmar/device/DeviceInfo.h"
 #include "velmar/utils/ConfigFile.h"
@@ -53,8 +54,7 @@ class HostPlatformTest : public ::testing::Test {
         std::ofstream(path(devicePath), std::ios::binary) << content;
     }
     std::string read(const std::string& devicePath) const {
-        std::ifstream in(path(devicePath), std::ios::binary);
-        return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        return velmar::testing::readFile(path(devicePath));
     }
     std::set<std::string> entries(const std::string& devicePath) const {
         std::set<std::string> names;

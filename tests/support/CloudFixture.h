@@ -18,6 +18,12 @@ namespace testing {
 
 namespace fs = std::filesystem;
 
+// The whole content of a file, "" when there is none.
+inline std::string readFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
 // The device the fixture registers, in the store and in the cloud alike.
 struct SampleDevice {
     static constexpr const char* sn = "4417/20260001";
