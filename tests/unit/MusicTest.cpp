@@ -200,10 +200,8 @@ TEST_F(MusicTest, ListingsKeepEverySongInTheSongInfoShape) {
         std::string result;
         ASSERT_EQ(call(result, 4294967296LL, -1, 20, kBase), 0);
         EXPECT_EQ(result, expected);
-        const auto params = fake::calls().back().decodedParams();
-        EXPECT_EQ(params.at("listId"), "4294967296");
-        EXPECT_EQ(params.at("offset"), "-1");
-        EXPECT_EQ(params.at("count"), "20");
+        EXPECT_EQ(fake::paramsOf(fake::calls().back()),
+                  (Params{{"listId", "4294967296"}, {"offset", "-1"}, {"count", "20"}}));
     }
 }
 

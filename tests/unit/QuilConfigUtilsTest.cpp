@@ -121,18 +121,20 @@ TEST_F(QuilConfigUtilsTest, SuperAdminIsMinusOneWhenInvalidAndThrowsWhenUnparsab
     EXPECT_THROW(QuilConfigUtils::getSuperAdmin(userId), std::out_of_range);
 }
 
-TEST_F(QuilConfigUtilsTest, LocaleIsTaiwaneseOnlyForExactlyTW) {
+TEST_F(QuilConfigUtilsTest, LocaleIsTaiwaneseOnlyForExactlyTWAndBssidIsTheSignalStrength) {
     std::string locale;
     EXPECT_TRUE(QuilConfigUtils::getLocale(locale));
-    EXPECT_EQ(locale, "zh_CN");
-    for (const char* code : {"tw", "CN", "TWN"}) {
+    EXPECT_EQ(locale, "zh_CN") << "no country code";
+    for (const char* code : {"tw", "CN", "TWN", "TW"}) {
         fake::setDeviceValue("countrycode", code);
         EXPECT_TRUE(QuilConfigUtils::getLocale(locale));
-        EXPECT_EQ(locale, "zh_CN") << code;
+        EXPECT_EQ(locale, std::string(code) == "TW" ? "zh_TW" : "zh_CN") << code;
     }
-    fake::setDeviceValue("countrycode", "TW");
-    EXPECT_TRUE(QuilConfigUtils::getLocale(locale));
-    EXPECT_EQ(locale, "zh_TW");
+
+    std::string bssid;
+    fake::setRssi(-57);
+    EXPECT_TRUE(QuilConfigUtils::getBSSID(bssid));
+    EXPECT_EQ(bssid, "-57");
 }
 
 TEST_F(QuilConfigUtilsTest, BadBrokerPortIsLoggedAndLeavesTheHostAlone) {
@@ -188,13 +190,6 @@ TEST_F(QuilConfigUtilsTest, SettersStripQuotesAndWriteTheSecretFirst) {
     fake::setStatus("broker_host_set", 1);
     EXPECT_FALSE(QuilConfigUtils::setBrokerAddress("broker2", 1));
     EXPECT_EQ(fake::deviceValue("broker_port").value_or(""), "-8883");
-}
-
-TEST_F(QuilConfigUtilsTest, BssidCarriesTheSignalStrengthNumber) {
-    fake::setRssi(-57);
-    std::string value;
-    EXPECT_TRUE(QuilConfigUtils::getBSSID(value));
-    EXPECT_EQ(value, "-57");
 }
 
 }  // namespace
