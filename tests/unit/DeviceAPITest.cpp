@@ -45,6 +45,13 @@ std::string expectedToken(const std::string& key, const std::string& text) {
 
 class DeviceAPITest : public fake::FakeDeviceTest {
   protected:
+    // The cookies of a request sent with the device as it now is.
+    static std::map<std::string, std::string> sentCookies() {
+        fake::pushBody("{}");
+        std::string response;
+        EXPECT_EQ(DeviceAPI::request(response, kBase, "/p", "GET", {}), 0);
+        return cookiesOf(fake::calls().back());
+    }
     void SetUp() override {
         FakeDeviceTest::SetUp();
         fake::setDeviceValue("sn", "SN0001");
@@ -95,10 +102,7 @@ TEST_F(DeviceAPITest, OnlyTheFirstSixteenBytesOfTheSecretSign) {
         fake::reset();
         fake::giveIdentity();
         fake::setDeviceValue("channel_secret", secret);
-        fake::pushBody("{}");
-        std::string response;
-        DeviceAPI::request(response, kBase, "/p", "GET", {});
-        return cookiesOf(fake::calls().at(0))["deviceToken"];
+        return sentCookies()["deviceToken"];
     };
     EXPECT_EQ(tokenFor("0123456789abcdefAAAA"), tokenFor("0123456789abcdefBBBBBBBB"));
     EXPECT_NE(tokenFor("0123456789abcdeX"), tokenFor("0123456789abcdef"));
@@ -108,42 +112,30 @@ TEST_F(DeviceAPITest, OnlyTheFirstSixteenBytesOfTheSecretSign) {
               expectedToken("short", "dev-42/00000000-0000-4000-8000-000000000002"));
 }
 
-TEST_F(DeviceAPITest, UserIdCookieIsZeroWithoutAdminAndMinusOneWhenInvalid) {
-    fake::clearDeviceValue("uid");
-    fake::pushBody("{}");
-    fake::pushBody("{}");
-    std::string response;
-    DeviceAPI::request(response, kBase, "/p", "GET", {});
-    EXPECT_EQ(cookiesOf(fake::calls().at(0))["userId"], "0");
-    fake::setDeviceValue("uid", "garbage");
-    fake::setUidInvalid(1);
-    DeviceAPI::request(response, kBase, "/p", "GET", {});
-    EXPECT_EQ(cookiesOf(fake::calls().at(1))["userId"], "-1");
-}
-
-TEST_F(DeviceAPITest, HmacFailureStillSendsWithoutTheSignatureCookies) {
+TEST_F(DeviceAPITest, CookiesCarryWhatTheDeviceCanSupply) {
+    // Without an HMAC the request still goes, without the three signature cookies.
     fake::failHmac(true);
-    fake::pushBody("{}");
-    std::string response;
-    EXPECT_EQ(DeviceAPI::request(response, kBase, "/p", "GET", {}), 0);
-    auto cookies = cookiesOf(fake::calls().at(0));
-    EXPECT_EQ(cookies.count("deviceToken"), 0u);
-    EXPECT_EQ(cookies.count("signatureV2"), 0u);
-    EXPECT_EQ(cookies.count("deviceTokenV2"), 0u);
+    auto cookies = sentCookies();
+    EXPECT_EQ(cookies.count("deviceToken") + cookies.count("deviceTokenV2") +
+                  cookies.count("signatureV2"),
+              0u);
     EXPECT_EQ(cookies.count("nonce"), 1u);
     EXPECT_TRUE(fake::logged("Failed to generate hmac_sha256", 4));
-}
+    fake::failHmac(false);
 
-TEST_F(DeviceAPITest, MissingStoredTokenIsLoggedAndSentEmpty) {
+    // A stored pair that cannot be read is logged and sent empty.
     fake::clearDeviceValue("device_token");
     fake::clearDeviceValue("device_token_sign");
-    fake::pushBody("{}");
-    std::string response;
-    EXPECT_EQ(DeviceAPI::request(response, kBase, "/p", "GET", {}), 0);
-    auto cookies = cookiesOf(fake::calls().at(0));
-    EXPECT_EQ(cookies.at("deviceTokenV2"), "");
-    EXPECT_EQ(cookies.at("signatureV2"), "");
+    cookies = sentCookies();
+    EXPECT_EQ(cookies.at("deviceTokenV2") + cookies.at("signatureV2"), "");
     EXPECT_TRUE(fake::logged("Failed to get device-token-V2/signature", 3));
+
+    // "userId" is 0 without an administrator and -1 for one the platform calls invalid.
+    fake::clearDeviceValue("uid");
+    EXPECT_EQ(sentCookies()["userId"], "0");
+    fake::setDeviceValue("uid", "garbage");
+    fake::setUidInvalid(1);
+    EXPECT_EQ(sentCookies()["userId"], "-1");
 }
 
 TEST_F(DeviceAPITest, TransportFailureIs604AndLeavesTheResponseAlone) {
