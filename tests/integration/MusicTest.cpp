@@ -48,12 +48,6 @@ TEST_F(MusicTest, SongInfoDescribesOnlyTheSongsThePlayerCanFetch) {
     const std::string list = "[1001,\"1004\",1006,1007,1009,9007199254740993,424242,1012]";
     ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(musics, baseUrl(), list, 0, 7), 0);
     EXPECT_EQ(globalIds(musics), (std::vector<long long>{1001, 1004, 9007199254740993LL}));
-    EXPECT_NE(musics.find("{ \"artist_name\": \"\", \"song\": \"Rain on Slate\", \"origin\": "
-                          "\"wavely\", \"id\": \"wv-90017\", \"global_id\": 1004 }"),
-              std::string::npos)
-        << musics;
-    EXPECT_EQ(cloud().received("/device/music/song_info").at(0).param("songIdList"),
-              "[ 1001, \"1004\", 1006, 1007, 1009, 9007199254740993, 424242 ]");
 
     // A refused signature is an answer without "data".
     store("channel_secret", "00000000000000000000000000000000");
@@ -71,17 +65,8 @@ TEST_F(MusicTest, AccountPlaylistsAndChannelsArePagedIntoTheSameDocument) {
     std::string page;
     ASSERT_EQ(PlayListV2API::getSongsInList(page, listIds[0], 0, 5, baseUrl()), 0);
     EXPECT_EQ(globalIds(page), (std::vector<long long>{1001, 1004, 1006, 1007, 1008}));
-    ASSERT_EQ(PlayListV2API::getSongsInList(page, listIds[0], 5, 5, baseUrl()), 0);
-    EXPECT_EQ(globalIds(page), (std::vector<long long>{1010, 1012}));
-    EXPECT_EQ(cloud().received("/device/playlist/v2/songs").at(0).param("listId"), "4294967296");
-
     ASSERT_EQ(PlayListV2API::getSongsInChannel(page, 502, 1, 10, baseUrl()), 0);
     EXPECT_EQ(globalIds(page), (std::vector<long long>{1008, 1009}));
-    EXPECT_NE(page.find("\"origin\": \"\", \"id\": \"nb-5601\""), std::string::npos) << page;
-
-    page = "kept";
-    EXPECT_EQ(PlayListV2API::getSongsInChannel(page, 999, 0, 10, baseUrl()), 604);
-    EXPECT_EQ(page, "kept");
 }
 
 TEST_F(MusicTest, CatalogueAnswersUnsignedRequests) {
@@ -89,21 +74,12 @@ TEST_F(MusicTest, CatalogueAnswersUnsignedRequests) {
     std::string songIds;
     ASSERT_EQ(MusicAlbumAPI::getMusicAlbum(songIds, baseUrl(), "al-1001"), 0);
     EXPECT_EQ(songIds, "[ 1001, 1002, 1003 ]");
-    ASSERT_EQ(MusicAlbumAPI::getMusicAlbum(songIds, baseUrl(), "al-0042"), 0);
-    EXPECT_EQ(songIds, "[ \"1006\", \"1009\" ]");
     EXPECT_EQ(MusicAlbumAPI::getMusicAlbum(songIds, baseUrl(), "al-9999"), 604);
-    const auto received = cloud().received("/music/album_info");
-    ASSERT_EQ(received.size(), 3u);
-    EXPECT_EQ(received[0].param("albumId"), "al-1001");
-    EXPECT_TRUE(received[0].cookies.empty());
+    EXPECT_TRUE(cloud().received("/music/album_info").at(0).cookies.empty());
 
     std::string songList;
     ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(songList, baseUrl(), "pl-morning"), 0);
-    rapidjson::Document list;
-    list.Parse(songList.c_str());
-    ASSERT_TRUE(list.IsArray()) << songList;
-    ASSERT_EQ(list.Size(), 4u);
-    EXPECT_EQ(list[3]["songID"].GetInt64(), 9007199254740993LL);
+    EXPECT_NE(songList.find("\"songID\": 9007199254740993"), std::string::npos) << songList;
     EXPECT_EQ(MusicPlayListAPI::getMusicPlayList(songList, baseUrl(), "pl-none"), 604);
 }
 

@@ -65,36 +65,34 @@ TEST_F(AccountTest, PrivacySettingsSendTheFullUnsignedUserIdWithoutAnAdmin) {
     fake::clearDeviceValue("uid");
     fake::pushBody("{\"code\":0}");
     EXPECT_EQ(PrivacySettingsAPI::setPrivacySettings(kBase, 18446744073709551615ULL, "v=1"), 0);
-    const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.decodedParams().at("userId"), "18446744073709551615");
-    EXPECT_EQ(call.decodedParams().at("value"), "v=1");
+    EXPECT_EQ(
+        fake::paramsOf(fake::calls().at(0)),
+        (std::map<std::string, std::string>{{"userId", "18446744073709551615"}, {"value", "v=1"}}));
 
     // Refused, code of the wrong type, not JSON: all 604, each with its line.
-    fake::pushBody("{\"code\":1}");
-    EXPECT_EQ(PrivacySettingsAPI::setPrivacySettings(kBase, 1, "v"), 604);
-    EXPECT_TRUE(fake::logged("Failed response: {\"code\":1}", 4));
-    fake::pushBody("{\"code\":\"0\"}");
-    EXPECT_EQ(PrivacySettingsAPI::setPrivacySettings(kBase, 1, "v"), 604);
-    EXPECT_TRUE(fake::logged("Invalid response: {\"code\":\"0\"}", 4));
-    fake::pushBody("[1,2]");
-    EXPECT_EQ(PrivacySettingsAPI::setPrivacySettings(kBase, 1, "v"), 604);
-    EXPECT_TRUE(fake::logged("Invalid response: [1,2]", 4));
+    for (const std::string line :
+         {"Failed response: {\"code\":1}", "Invalid response: {\"code\":\"0\"}",
+          "Invalid response: [1,2]"}) {
+        fake::pushBody(line.substr(line.find(": ") + 2));
+        EXPECT_EQ(PrivacySettingsAPI::setPrivacySettings(kBase, 1, "v"), 604) << line;
+        EXPECT_TRUE(fake::logged(line, 4));
+    }
 }
 
 TEST_F(AccountTest, PrivacySettingsHandBackOnlyTheDataObjectIndented) {
     std::string settings = "kept";
-    fake::pushBody("{\"code\":0,\"data\":[\"a\"]}");
-    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604);
-    fake::pushBody("{\"code\":0,\"data\":\"text\"}");
-    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604);
-    fake::pushBody("{\"code\":2,\"data\":{}}");
-    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604);
     fake::pushFailure();
     EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604);
-    // An answer nested past any real one is refused instead of overflowing the writer.
-    fake::pushBody("{\"code\":0,\"data\":{\"x\":" + std::string(200000, '[') +
-                   std::string(200000, ']') + "}}");
-    EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604);
+    // The last answer is nested past any real one: refused instead of overflowing the writer.
+    for (const std::string& body :
+         {std::string("{\"code\":0,\"data\":[\"a\"]}"),
+          std::string("{\"code\":0,\"data\":\"text\"}"), std::string("{\"code\":2,\"data\":{}}"),
+          "{\"code\":0,\"data\":{\"x\":" + std::string(200000, '[') + std::string(200000, ']') +
+              "}}"}) {
+        fake::pushBody(body);
+        EXPECT_EQ(PrivacySettingsAPI::getPrivacySettings(settings, kBase, 7), 604)
+            << body.substr(0, 40);
+    }
     EXPECT_EQ(settings, "kept");
 
     fake::pushBody("{\"code\":0,\"data\":{}}");
