@@ -34,22 +34,12 @@ class DirectTest : public velmar::testing::CloudFixture {
         account_.reset();
         unsetenv("VELMAR_DNS_SERVERS");
         unsetenv("VELMAR_RESOLVE");
-        unsetenv("VELMAR_LOG_STDERR");
         CloudFixture::TearDown();
     }
 
     static bool check(std::string& link, long long& size, const std::string& version) {
         return UpgradeAPI::checkUpgrade(link, size, "quil.speaker.v2", "f-01", version, "release",
                                         "zh_CN", "CN");
-    }
-
-    // The library's log lines of `call`, mirrored to standard error.
-    template <typename F>
-    static std::string logsOf(F call) {
-        setenv("VELMAR_LOG_STDERR", "1", 1);
-        ::testing::internal::CaptureStderr();
-        call();
-        return ::testing::internal::GetCapturedStderr();
     }
 
     // The account service on port 443 of a loopback address of its own, so

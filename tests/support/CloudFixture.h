@@ -103,6 +103,16 @@ class CloudFixture : public ::testing::Test {
             out << key << "=" << value << "\n";
     }
 
+    // The library's log lines while `call` runs, mirrored to standard error.
+    template <typename F>
+    static std::string logsOf(F call) {
+        setenv("VELMAR_LOG_STDERR", "1", 1);
+        ::testing::internal::CaptureStderr();
+        call();
+        unsetenv("VELMAR_LOG_STDERR");
+        return ::testing::internal::GetCapturedStderr();
+    }
+
     // A file under the sandbox root, by its device path ("/data/status/ota").
     fs::path devicePath(const std::string& path) const { return root_ / path.substr(1); }
 

@@ -1,4 +1,5 @@
 // The stored administrator kept in line with the cloud's, on the fake port.
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <stdexcept>
@@ -157,14 +158,9 @@ TEST_F(AdminStatusTest, SynchronisationsAndClearsNeverInterleave) {
     for (auto& thread : threads)
         thread.join();
     EXPECT_EQ(fake::overlappingActions(), 0);
-    int binds = 0;
-    int cleans = 0;
-    for (const auto& call : calls()) {
-        binds += call == "bind_uid()";
-        cleans += call == "uid_clean()";
-    }
-    EXPECT_EQ(binds, kThreads * kRounds);
-    EXPECT_EQ(cleans, kThreads * kRounds);
+    const auto made = calls();
+    EXPECT_EQ(std::count(made.begin(), made.end(), "bind_uid()"), kThreads * kRounds);
+    EXPECT_EQ(std::count(made.begin(), made.end(), "uid_clean()"), kThreads * kRounds);
 }
 
 }  // namespace

@@ -23,15 +23,17 @@ TEST_F(QuilConfigUtilsTest, EachGetterReadsItsStatusWithItsOwnConvention) {
     EXPECT_TRUE(QuilConfigUtils::getDeviceID(out));
     EXPECT_EQ(out, "dev-1");
 
-    // Only a negative status fails the token pair and the upgrade date.
+    // Only a negative status fails the token pair and the upgrade date; a
+    // failed signature read keeps the token read before it.
     fake::setDeviceValue("device_token", "tok");
+    std::string token, signature = "before";
+    EXPECT_FALSE(QuilConfigUtils::getDeviceTokenAndSignature(token, signature));
+    EXPECT_EQ(token + "/" + signature, "tok/before");
     fake::setDeviceValue("device_token_sign", "sig");
     fake::setStatus("device_token_get", 3);
     fake::setStatus("device_token_sign_get", 1);
-    std::string token, signature;
     EXPECT_TRUE(QuilConfigUtils::getDeviceTokenAndSignature(token, signature));
-    EXPECT_EQ(token, "tok");
-    EXPECT_EQ(signature, "sig");
+    EXPECT_EQ(token + "/" + signature, "tok/sig");
 
     fake::setDeviceValue("upgrade_date", "");
     fake::setStatus("upgrade_date_get", 0);
@@ -46,14 +48,6 @@ TEST_F(QuilConfigUtilsTest, EachGetterReadsItsStatusWithItsOwnConvention) {
     std::string hardware = "kept";
     EXPECT_FALSE(QuilConfigUtils::getHardware(hardware));
     EXPECT_EQ(hardware, "kept");
-}
-
-TEST_F(QuilConfigUtilsTest, TokenPairKeepsTheTokenWhenTheSignatureReadFails) {
-    fake::setDeviceValue("device_token", "tok");
-    std::string token, signature = "before";
-    EXPECT_FALSE(QuilConfigUtils::getDeviceTokenAndSignature(token, signature));
-    EXPECT_EQ(token, "tok");
-    EXPECT_EQ(signature, "before");
 }
 
 TEST_F(QuilConfigUtilsTest, BufferSizesFollowTheValueKind) {
