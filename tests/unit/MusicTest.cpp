@@ -33,31 +33,27 @@ const char kSongs[] =
     "{\"songID\":5,\"name\":\"Blank\",\"origin\":\"tide\",\"originSongID\":\"\"},"
     "{\"songID\":\"6\",\"name\":7,\"artist\":\"Bo\",\"origin\":\"wave\",\"originSongID\":\"w-6\"}]";
 
+// One "musics" entry, its members in the order the player reads them.
+std::string entry(const std::string& artist, const std::string& song, const std::string& origin,
+                  const std::string& id, const std::string& globalId) {
+    return "{ \"artist_name\": \"" + artist + "\", \"song\": \"" + song + "\", \"origin\": \"" +
+           origin + "\", \"id\": \"" + id + "\", \"global_id\": " + globalId + " }";
+}
+
 // The entries made of kSongs, in order.
-const char* const kEntries[] = {
-    "{ \"artist_name\": \"Ama\", \"song\": \"Rain\", \"origin\": \"tide\", \"id\": \"t-1\", "
-    "\"global_id\": 9007199254740993 }",
-    "{ \"artist_name\": \"\", \"song\": \"Solo\", \"origin\": \"tide\", \"id\": \"t-2\", "
-    "\"global_id\": 2 }",
-    "{ \"artist_name\": \"\", \"song\": \"Nameless\", \"origin\": \"wave\", \"id\": \"w-3\", "
-    "\"global_id\": 0 }",
-    "{ \"artist_name\": \"\", \"song\": \"Local\", \"origin\": \"\", \"id\": \"x-4\", "
-    "\"global_id\": 4 }",
-    "{ \"artist_name\": \"\", \"song\": \"Blank\", \"origin\": \"tide\", \"id\": \"\", "
-    "\"global_id\": 5 }",
-    "{ \"artist_name\": \"\", \"song\": \"\", \"origin\": \"wave\", \"id\": \"w-6\", "
-    "\"global_id\": 0 }",
-};
+const std::string kEntries[] = {entry("Ama", "Rain", "tide", "t-1", "9007199254740993"),
+                                entry("", "Solo", "tide", "t-2", "2"),
+                                entry("", "Nameless", "wave", "w-3", "0"),
+                                entry("", "Local", "", "x-4", "4"),
+                                entry("", "Blank", "tide", "", "5"),
+                                entry("", "", "wave", "w-6", "0")};
 
 // The "musics" document holding `entries`.
 std::string musics(std::initializer_list<std::string> entries) {
-    std::string text = "{ \"musics\": [ ";
-    bool first = true;
-    for (const auto& entry : entries) {
-        text += (first ? "" : ", ") + entry;
-        first = false;
-    }
-    return text + (first ? "] }" : " ] }");
+    std::string text;
+    for (const auto& e : entries)
+        text += (text.empty() ? "" : ", ") + e;
+    return "{ \"musics\": [ " + text + (text.empty() ? "] }" : " ] }");
 }
 
 class MusicTest : public fake::FakeDeviceTest {
@@ -121,8 +117,7 @@ TEST_F(MusicTest, SongInfoKeepsOnlySongsWithASourceInTheSharedShape) {
         "{\"data\":[{\"songID\":3,\"name\":\"a\\u0000b\",\"origin\":\"\\u0000\","
         "\"originSongID\":\"s\"}]}");
     ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[3]", 0, -1), 0);
-    EXPECT_EQ(result, musics({"{ \"artist_name\": \"\", \"song\": \"a\", \"origin\": \"\", "
-                              "\"id\": \"s\", \"global_id\": 3 }"}));
+    EXPECT_EQ(result, musics({entry("", "a", "", "s", "3")}));
 }
 
 TEST_F(MusicTest, SongInfoUnusableAnswersLeaveTheResultAlone) {
@@ -215,12 +210,8 @@ TEST_F(MusicTest, OnlyThePlaylistListingRefusesSongsThatAreNoObjects) {
 
     fake::pushBody(body);
     ASSERT_EQ(PlayListV2API::getSongsInChannel(result, 1, 0, 10, kBase), 0);
-    const std::string empty =
-        "{ \"artist_name\": \"\", \"song\": \"\", \"origin\": \"\", \"id\": \"\", "
-        "\"global_id\": 0 }";
-    EXPECT_EQ(result, musics({"{ \"artist_name\": \"\", \"song\": \"a\", \"origin\": \"\", "
-                              "\"id\": \"\", \"global_id\": 0 }",
-                              empty, empty}));
+    const std::string empty = entry("", "", "", "", "0");
+    EXPECT_EQ(result, musics({entry("", "a", "", "", "0"), empty, empty}));
 
     // A hole fails both.
     fake::pushBody("{\"data\":{\"songList\":[null]}}");

@@ -98,35 +98,23 @@ TEST_F(TokenTest, DownloadWalksTheDataMembers) {
     std::string session = "s0";
     std::string token = "t0";
     int expire = -5;
-    fake::pushBody(
-        "{\"code\":0,\"message\":\"ok\",\"data\":{\"token\":\"t1\",\"sessionID\":\"s1\"}}");
-    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 0);
-    EXPECT_EQ(session, "s1");
-    EXPECT_EQ(token, "t1");
-    EXPECT_EQ(expire, -5);  // no "expire" in the answer
-
+    // The status, then what the walk left in the session, the token and the expiry.
+    auto download = [&](const std::string& data,
+                        const std::string& head = "\"code\":0,\"message\":\"ok\"") {
+        fake::pushBody("{" + head + ",\"data\":" + data + "}");
+        const int status = VEOTTokenAPI::download(session, token, expire, kBase);
+        return std::to_string(status) + " " + session + " " + token + " " + std::to_string(expire);
+    };
+    EXPECT_EQ(download("{\"token\":\"t1\",\"sessionID\":\"s1\"}"), "0 s1 t1 -5")
+        << "no \"expire\" in the answer";
     // A wrong type stops the walk; members before it are kept.
-    fake::pushBody(
-        "{\"code\":0,\"message\":\"ok\",\"data\":{\"sessionID\":\"s2\",\"expire\":\"60\","
-        "\"token\":\"t2\"}}");
-    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 610);
-    EXPECT_EQ(session, "s2");
-    EXPECT_EQ(token, "t1");
-    EXPECT_EQ(expire, -5);
+    EXPECT_EQ(download("{\"sessionID\":\"s2\",\"expire\":\"60\",\"token\":\"t2\"}"),
+              "610 s2 t1 -5");
     EXPECT_TRUE(fake::logged("Invalid JSON response: ", 4));
-    fake::pushBody("{\"code\":0,\"message\":\"ok\",\"data\":{\"token\":5,\"sessionID\":\"s3\"}}");
-    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 610);
-    EXPECT_EQ(session, "s2");
-    EXPECT_EQ(token, "t1");
-
-    fake::pushBody("{\"code\":0,\"message\":\"ok\",\"data\":{\"expire\":3600,\"other\":[]}}");
-    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 0);
-    EXPECT_EQ(expire, 3600);
-
-    fake::pushBody("{\"code\":4,\"message\":\"none\",\"data\":{\"token\":\"t3\"}}");
-    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 101);
-    fake::pushBody("{\"code\":0,\"data\":{\"token\":\"t3\"}}");  // no "message"
-    EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 610);
+    EXPECT_EQ(download("{\"token\":5,\"sessionID\":\"s3\"}"), "610 s2 t1 -5");
+    EXPECT_EQ(download("{\"expire\":3600,\"other\":[]}"), "0 s2 t1 3600");
+    EXPECT_EQ(download("{\"token\":\"t3\"}", "\"code\":4,\"message\":\"none\""), "101 s2 t1 3600");
+    EXPECT_EQ(download("{\"token\":\"t3\"}", "\"code\":0"), "610 s2 t1 3600") << "no \"message\"";
     fake::pushBody("{");
     EXPECT_EQ(VEOTTokenAPI::download(session, token, expire, kBase), 610);
     EXPECT_EQ(token, "t1");
