@@ -24,26 +24,20 @@ class TokenTest : public fake::FakeDeviceTest {
 TEST_F(TokenTest, RefusedAIServiceTokenIsSuccessWithAnEmptyToken) {
     std::string token = "old";
     long long expiresIn = 99;
-    fake::pushBody("{\"code\": 5}");
-    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 0);
-    EXPECT_EQ(token, "");
-    EXPECT_EQ(expiresIn, 0);
+    // The status, then the token and its lifetime as the call left them.
+    auto get = [&](const std::string& body) {
+        fake::pushBody(body);
+        const int status = AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase);
+        return std::to_string(status) + " " + token + " " + std::to_string(expiresIn);
+    };
+    EXPECT_EQ(get("{\"code\": 5}"), "0  0");
     EXPECT_TRUE(fake::logged("invalid code: 5", 3));
-
-    fake::pushBody("{\"code\":0,\"data\":{\"token\":\"ai-1\",\"expiresIn\":7200}}");
-    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 0);
-    EXPECT_EQ(token, "ai-1");
-    EXPECT_EQ(expiresIn, 7200);
+    EXPECT_EQ(get("{\"code\":0,\"data\":{\"token\":\"ai-1\",\"expiresIn\":7200}}"), "0 ai-1 7200");
 
     // Unreadable answers are 1001; what was read before the gap stays written.
-    fake::pushBody("{\"code\":0,\"data\":{\"token\":\"ai-2\"}}");
-    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 1001);
-    EXPECT_EQ(token, "ai-2");
-    EXPECT_EQ(expiresIn, 7200);
-    fake::pushBody("{\"code\":\"0\"}");
-    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 1001);
-    fake::pushBody("<html>");
-    EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 1001);
+    EXPECT_EQ(get("{\"code\":0,\"data\":{\"token\":\"ai-2\"}}"), "1001 ai-2 7200");
+    EXPECT_EQ(get("{\"code\":\"0\"}"), "1001 ai-2 7200");
+    EXPECT_EQ(get("<html>"), "1001 ai-2 7200");
     EXPECT_TRUE(fake::logged("Invalid response: <html>", 4));
     fake::pushFailure();
     EXPECT_EQ(AIServiceTokenAPI::getServiceToken(token, expiresIn, kBase), 604);
