@@ -195,12 +195,14 @@ TEST_F(HostPlatformTest, SettersKeepTheValueWholeAndFailWithoutAStore) {
 TEST_F(HostPlatformTest, DeviceFilesAreReadBoundedAndReplacedWhole) {
     write("/data/status/ota", "idle\n");
     char buf[8];
-    EXPECT_EQ(file_read_string("/data/status/ota", buf, sizeof(buf)), 5);
-    EXPECT_STREQ(buf, "idle\n");
-    EXPECT_EQ(file_read_string("/data/status/ota", buf, 3), 2);
-    EXPECT_STREQ(buf, "id");
-    EXPECT_EQ(file_read_string("/data/status/ota", buf, 1), 0);
-    EXPECT_STREQ(buf, "");
+    // The length read, and the text it left in `buf`.
+    auto ota = [&buf](int size) {
+        const int length = file_read_string("/data/status/ota", buf, size);
+        return std::to_string(length) + " " + buf;
+    };
+    EXPECT_EQ(ota(sizeof(buf)), "5 idle\n");
+    EXPECT_EQ(ota(3), "2 id");
+    EXPECT_EQ(ota(1), "0 ");
     EXPECT_EQ(file_read_string("/data/status/none", buf, sizeof(buf)), -1);
     EXPECT_EQ(file_read_string(nullptr, buf, sizeof(buf)), -1);
     EXPECT_EQ(file_read_string("/data/status/ota", nullptr, 8), -1);

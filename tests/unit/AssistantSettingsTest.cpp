@@ -14,7 +14,8 @@ TEST_F(AssistantSettingsTest, LevelIsReadFromTheToolAndClearedWhenItFails) {
     auto read = [](int status, const std::string& output) {
         fake::pushExec(status, output);
         std::string level = "product";
-        return std::string(QuilConfigUtils::getVEBrainLevel(level) ? "read " : "failed ") + level;
+        const bool read = QuilConfigUtils::getVEBrainLevel(level);
+        return (read ? "read " : "failed ") + level;
     };
     EXPECT_EQ(read(0, "{\"level\":\"preview\"}\n"), "read preview");
     EXPECT_EQ(fake::execCommands().at(0), "/usr/bin/vebrain_level get");

@@ -77,42 +77,41 @@ TEST_F(QuilConfigUtilsTest, BufferSizesFollowTheValueKind) {
 }
 
 TEST_F(QuilConfigUtilsTest, SerialNumberFallsBackToTheMacAddress) {
-    std::string sn = "none";
-    EXPECT_FALSE(QuilConfigUtils::getSN(sn));
-    EXPECT_EQ(sn, "none");
-
+    // Whether a serial number was found, and the one left in "none".
+    auto sn = [] {
+        std::string value = "none";
+        const bool found = QuilConfigUtils::getSN(value);
+        return (found ? "found " : "failed ") + value;
+    };
+    EXPECT_EQ(sn(), "failed none");
     fake::setDeviceValue("mac", "a4:cf:12:00:00:01");
-    EXPECT_TRUE(QuilConfigUtils::getSN(sn));
-    EXPECT_EQ(sn, "SN/a4:cf:12:00:00:01");
-
+    EXPECT_EQ(sn(), "found SN/a4:cf:12:00:00:01");
     // A serial number the platform reports as failed is not used either.
     fake::setDeviceValue("sn", "1234/5678");
     fake::setStatus("sn_get", -1);
-    EXPECT_TRUE(QuilConfigUtils::getSN(sn));
-    EXPECT_EQ(sn, "SN/a4:cf:12:00:00:01");
+    EXPECT_EQ(sn(), "found SN/a4:cf:12:00:00:01");
     fake::clearStatus("sn_get");
-    EXPECT_TRUE(QuilConfigUtils::getSN(sn));
-    EXPECT_EQ(sn, "1234/5678");
+    EXPECT_EQ(sn(), "found 1234/5678");
 }
 
 TEST_F(QuilConfigUtilsTest, SuperAdminIsMinusOneWhenInvalidAndThrowsWhenUnparsable) {
-    long long userId = 77;
-    EXPECT_FALSE(QuilConfigUtils::getSuperAdmin(userId));
-    EXPECT_EQ(userId, 77);
-
+    // Whether an administrator was read, and the ID left in 77.
+    auto admin = [] {
+        long long userId = 77;
+        const bool read = QuilConfigUtils::getSuperAdmin(userId);
+        return (read ? "read " : "failed ") + std::to_string(userId);
+    };
+    EXPECT_EQ(admin(), "failed 77");
     fake::setDeviceValue("uid", "9007199254740993");
-    EXPECT_TRUE(QuilConfigUtils::getSuperAdmin(userId));
-    EXPECT_EQ(userId, 9007199254740993LL);
-
+    EXPECT_EQ(admin(), "read 9007199254740993");
     fake::setUidInvalid(1);
-    EXPECT_TRUE(QuilConfigUtils::getSuperAdmin(userId));
-    EXPECT_EQ(userId, -1);
+    EXPECT_EQ(admin(), "read -1");
 
     fake::setUidInvalid(0);
     fake::setDeviceValue("uid", "not-a-number");
-    EXPECT_THROW(QuilConfigUtils::getSuperAdmin(userId), std::invalid_argument);
+    EXPECT_THROW(admin(), std::invalid_argument);
     fake::setDeviceValue("uid", "99999999999999999999");
-    EXPECT_THROW(QuilConfigUtils::getSuperAdmin(userId), std::out_of_range);
+    EXPECT_THROW(admin(), std::out_of_range);
 }
 
 TEST_F(QuilConfigUtilsTest, LocaleIsTaiwaneseOnlyForExactlyTWAndBssidIsTheSignalStrength) {
