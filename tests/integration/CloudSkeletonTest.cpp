@@ -17,7 +17,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <thread>
 
@@ -32,6 +31,7 @@ using quilcloud::Cloud;
 using quilcloud::Received;
 using quilcloud::Reply;
 using quilcloud::Scripted;
+using velmar::testing::SampleDevice;
 using Clock = std::chrono::steady_clock;
 
 // A client writing to a connection the cloud closed must see an error, not die.
@@ -40,26 +40,6 @@ const bool kSigpipeIgnored = [] { return signal(SIGPIPE, SIG_IGN) != SIG_ERR; }(
 double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
-
-class TempDir {
-  public:
-    TempDir() {
-        char pattern[] = "/tmp/cloud-skeleton-XXXXXX";
-        EXPECT_NE(mkdtemp(pattern), nullptr);
-        path_ = pattern;
-    }
-    ~TempDir() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    const fs::path& path() const { return path_; }
-    void write(const std::string& name, const std::string& content) const {
-        std::ofstream(path_ / name, std::ios::binary) << content;
-    }
-
-  private:
-    fs::path path_;
-};
 
 std::unique_ptr<Cloud> startCloud(bool tls, int dnsPort = -1) {
     Cloud::Options options;
@@ -236,27 +216,26 @@ TEST(CloudSkeletonTest, DnsResponderAnswersQueriesAndIgnoresGarbage) {
     EXPECT_LT(secondsSince(start), 1.0);
 }
 
+// A sandboxed device store, and a root for the binary's files.
+using CloudSkeletonStoreTest = velmar::testing::CloudFixture;
+
 // Every signed request is checked against what the cloud read from the store:
 // a misread store would look like a library that signs wrong.
-TEST(CloudSkeletonTest, DeviceStoreIsRegisteredBeforeStart) {
-    TempDir store;
-    store.write("deviceid", "7300123456\n");
-    store.write("sn", "4417/20260001\n\n");
-    store.write("channel_secret", "3c9a1f0e");
-    store.write("uid", "88123\n");
+TEST_F(CloudSkeletonStoreTest, DeviceStoreIsRegisteredBeforeStart) {
+    store("sn", std::string(SampleDevice::sn) + "\n");  // two newlines in the file
+    store("uid", "88123");
     Cloud::Options options;
-    options.deviceStore = store.path().string();
+    options.deviceStore = devicePath("/data/device").string();
     Cloud cloud(options);
-    auto device = cloud.registry().find("7300123456");
+    auto device = cloud.registry().find(SampleDevice::deviceId);
     ASSERT_TRUE(device);
-    EXPECT_EQ(device->sn, "4417/20260001\n") << "exactly one trailing newline goes";
-    EXPECT_EQ(device->channelSecret, "3c9a1f0e");
-    EXPECT_EQ(device->mac, "") << "a missing file is an empty value";
+    EXPECT_EQ(device->sn, std::string(SampleDevice::sn) + "\n") << "exactly one newline goes";
+    EXPECT_EQ(device->channelSecret, SampleDevice::channelSecret);
     EXPECT_EQ(device->superAdmin, 88123);
 }
 
 // The binary as the demo drives it.
-TEST(CloudSkeletonTest, BinaryWritesItsReadyFileAndStopsOnSigterm) {
+TEST_F(CloudSkeletonStoreTest, BinaryWritesItsReadyFileAndStopsOnSigterm) {
     // The build tree: named by the environment, or the one this test runs from.
     const char* binaryDir = getenv("VELMAR_BINARY_DIR");
     const fs::path tree = binaryDir
@@ -264,8 +243,8 @@ TEST(CloudSkeletonTest, BinaryWritesItsReadyFileAndStopsOnSigterm) {
                               : fs::read_symlink("/proc/self/exe").parent_path().parent_path();
     const std::string binary = (tree / "emulator/quil-cloud").string();
     if (access(binary.c_str(), X_OK) != 0) GTEST_SKIP() << "no " << binary << " (tools not built)";
-    TempDir dir;
-    const std::string ready = (dir.path() / "ready.json").string();
+    const fs::path dir = root();
+    const std::string ready = (dir / "ready.json").string();
     auto spawn = [&](std::vector<std::string> args) {
         args.insert(args.begin(), binary);
         std::vector<char*> argv;
@@ -275,9 +254,9 @@ TEST(CloudSkeletonTest, BinaryWritesItsReadyFileAndStopsOnSigterm) {
         pid_t pid = -1;
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 1, (dir.path() / "out").c_str(),
+        posix_spawn_file_actions_addopen(&actions, 1, (dir / "out").c_str(),
                                          O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        posix_spawn_file_actions_addopen(&actions, 2, (dir.path() / "err").c_str(),
+        posix_spawn_file_actions_addopen(&actions, 2, (dir / "err").c_str(),
                                          O_WRONLY | O_CREAT | O_TRUNC, 0644);
         EXPECT_EQ(posix_spawn(&pid, binary.c_str(), &actions, nullptr, argv.data(), environ), 0);
         posix_spawn_file_actions_destroy(&actions);
@@ -289,12 +268,12 @@ TEST(CloudSkeletonTest, BinaryWritesItsReadyFileAndStopsOnSigterm) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     };
-    auto slurp = [&](const char* name) { return velmar::testing::readFile(dir.path() / name); };
+    auto slurp = [&](const char* name) { return velmar::testing::readFile(dir / name); };
 
     EXPECT_EQ(exitCode(spawn({"--bind", "192.0.2.1"})), 1);
     EXPECT_NE(slurp("err").find("not a loopback address"), std::string::npos) << slurp("err");
 
-    pid_t pid = spawn({"--tls", "--dns-port", "0", "--work-dir", (dir.path() / "w").string(),
+    pid_t pid = spawn({"--tls", "--dns-port", "0", "--work-dir", (dir / "w").string(),
                        "--ready-file", ready, "--verbose"});
     for (int i = 0; i < 500 && !fs::exists(ready); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -307,7 +286,7 @@ TEST(CloudSkeletonTest, BinaryWritesItsReadyFileAndStopsOnSigterm) {
     };
     const std::string baseUrl = field("baseUrl");
     EXPECT_EQ(baseUrl.rfind("https://127.0.0.1:", 0), 0u) << json;
-    EXPECT_EQ(field("caFile"), (dir.path() / "w/ca.pem").string());
+    EXPECT_EQ(field("caFile"), (dir / "w/ca.pem").string());
     EXPECT_EQ(field("dnsServers").rfind("127.0.0.1:", 0), 0u) << json;
     httplib::Client client(baseUrl);
     client.set_ca_cert_path(field("caFile").c_str());
