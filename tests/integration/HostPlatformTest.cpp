@@ -169,8 +169,6 @@ TEST_F(HostPlatformTest, SettersKeepTheValueWholeAndFailWithoutAStore) {
     ASSERT_EQ(channel_secret_set("line\n"), 0);
     ASSERT_EQ(channel_secret_get(buf, sizeof(buf)), 0);
     EXPECT_STREQ(buf, "line\n") << "a value ending in a newline reads back as it was written";
-    fs::create_directory(path("/data/device/imei_dir"));
-    EXPECT_FALSE(FileUtils::writeAtomically("/data/device/imei_dir", "x"));
 
     EXPECT_EQ(uid_clean(), 0);
     EXPECT_NE(uid_get(buf, sizeof(buf)), 0);

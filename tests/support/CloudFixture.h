@@ -44,11 +44,9 @@ class CloudFixture : public ::testing::Test {
         char pattern[] = "/tmp/velmar-test-XXXXXX";
         ASSERT_NE(mkdtemp(pattern), nullptr);
         root_ = pattern;
-        fs::create_directories(root_ / "data/device");
-        fs::create_directories(root_ / "data/status");
-        fs::create_directories(root_ / "data/messagingagent");
-        fs::create_directories(root_ / "usr/share/quil/messaging");
-        fs::create_directories(root_ / "usr/bin");
+        for (const char* dir : {"data/device", "data/status", "data/messagingagent",
+                                "usr/share/quil/messaging", "usr/bin"})
+            fs::create_directories(root_ / dir);
         store("sn", SampleDevice::sn);
         store("mac", SampleDevice::mac);
         store("deviceid", SampleDevice::deviceId);
