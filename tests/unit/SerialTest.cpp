@@ -7,6 +7,7 @@
 
 using namespace velmar::quil::api;
 namespace fake = velmar::fake;
+using Params = std::map<std::string, std::string>;
 
 namespace {
 
@@ -91,17 +92,14 @@ TEST_F(SerialTest, AndlinkKeepsItsKeySpellingsAndIgnoresRefusals) {
     fake::pushBody("{\"code\":0,\"data\":\"CMCC-9\"}");
     EXPECT_EQ(CmccAndlinkAPI::getDeviceID(id, kBase), 0);
     EXPECT_EQ(id, "CMCC-9");
-    const fake::Call& get = fake::calls().at(0);
-    EXPECT_EQ(get.decodedParams().at("veotDID"), "iot-42");
-    EXPECT_EQ(get.decodedParams().at("hardware"), "speaker.v2");
+    EXPECT_EQ(fake::paramsOf(fake::calls().at(0)),
+              (Params{{"veotDID", "iot-42"}, {"hardware", "speaker.v2"}}));
 
     fake::pushBody("{\"code\":7}");
     EXPECT_EQ(CmccAndlinkAPI::setDeviceID("CMCC-9", kBase), 0);
     EXPECT_TRUE(fake::logged("Invalid response: {\"code\":7}", 4));
-    auto set = fake::calls().back().decodedParams();
-    EXPECT_EQ(set.at("veotDid"), "iot-42");
-    EXPECT_EQ(set.at("cmccDeviceId"), "CMCC-9");
-    EXPECT_EQ(set.count("hardware"), 0u);
+    EXPECT_EQ(fake::paramsOf(fake::calls().back()),
+              (Params{{"veotDid", "iot-42"}, {"cmccDeviceId", "CMCC-9"}}));
 
     fake::pushFailure();
     EXPECT_EQ(CmccAndlinkAPI::setDeviceID("CMCC-9", kBase), 604);

@@ -15,9 +15,8 @@ using StatusTest = fake::FakeDeviceTest;
 TEST_F(StatusTest, DeviceStatusUsesTheCatagorySpellingAndChecksOnlyData) {
     fake::pushBody("{\"code\":0}");
     EXPECT_EQ(DeviceStatusAPI::setDeviceStatus(kBase, "volume", "40"), 0);
-    const fake::Call& set = fake::calls().at(0);
-    EXPECT_EQ(set.decodedParams().at("catagory"), "volume");
-    EXPECT_EQ(set.decodedParams().at("status"), "40");
+    EXPECT_EQ(fake::paramsOf(fake::calls().at(0)),
+              (std::map<std::string, std::string>{{"catagory", "volume"}, {"status", "40"}}));
     EXPECT_TRUE(fake::logged(
         "Set device status result [catagory: volume; status: 40; response: {\"code\":0}; "
         "error code: Error (code: 0, ",
