@@ -18,6 +18,7 @@
 #include <chrono>
 #include <filesystem>
 #include <random>
+#include <regex>
 #include <thread>
 
 #include "CloudFixture.h"
@@ -278,11 +279,10 @@ TEST_F(CloudSkeletonStoreTest, BinaryWritesItsReadyFileAndStopsOnSigterm) {
     for (int i = 0; i < 500 && !fs::exists(ready); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     std::string json = slurp("ready.json");
-    auto field = [&](const std::string& name) {
-        size_t at = json.find("\"" + name + "\":\"");
-        if (at == std::string::npos) return std::string();
-        at += name.size() + 4;
-        return json.substr(at, json.find('"', at) - at);
+    auto field = [&json](const std::string& name) {
+        std::smatch value;
+        std::regex_search(json, value, std::regex("\"" + name + "\" *: *\"([^\"]*)\""));
+        return value.str(1);
     };
     const std::string baseUrl = field("baseUrl");
     EXPECT_EQ(baseUrl.rfind("https://127.0.0.1:", 0), 0u) << json;

@@ -38,9 +38,8 @@ class HostPlatformTest : public ::testing::Test {
         char pattern[] = "/tmp/velmar host 'root'-XXXXXX";
         ASSERT_NE(mkdtemp(pattern), nullptr);
         root_ = pattern;
-        fs::create_directories(root_ / "data/device");
-        fs::create_directories(root_ / "data/status");
-        fs::create_directories(root_ / "usr/bin");
+        for (const char* dir : {"data/device", "data/status", "usr/bin"})
+            fs::create_directories(root_ / dir);
         setenv("VELMAR_ROOT", root_.c_str(), 1);
     }
     void TearDown() override {

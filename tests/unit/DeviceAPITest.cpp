@@ -4,6 +4,7 @@
 #include <openssl/hmac.h>
 
 #include <regex>
+#include <tuple>
 
 #include "velmar/crypto/BaseEncoding.h"
 #include "velmar/fake/FakeTest.h"
@@ -75,10 +76,8 @@ TEST_F(DeviceAPITest, SendsTheSignedRequestWithOneCookieHeader) {
     ASSERT_EQ(fake::calls().size(), 1u);
     const fake::Call& call = fake::calls()[0];
     EXPECT_EQ(call.overload, fake::Overload::BaseAndPath);
-    EXPECT_EQ(call.baseUrl, kBase);
-    EXPECT_EQ(call.path, "/device/x/");
-    EXPECT_EQ(call.method, "POST");
-    EXPECT_EQ(call.timeoutMs, 15000);
+    EXPECT_EQ(std::tie(call.baseUrl, call.path, call.method, call.timeoutMs),
+              std::make_tuple(kBase, "/device/x/", "POST", 15000));
     // The first UUID is the request ID, the second the nonce.
     const std::string requestId = "00000000-0000-4000-8000-000000000001";
     const std::string nonce = "00000000-0000-4000-8000-000000000002";

@@ -165,9 +165,7 @@ TEST_F(DirectTest, TimeSyncTakesAnIntegerTimeFromA200Only) {
     EXPECT_EQ(serverTime, 42);
     const fake::Call& call = fake::calls().at(0);
     EXPECT_EQ(call.overload, fake::Overload::Url);
-    EXPECT_EQ(call.params, "");
-    EXPECT_EQ(call.timeoutMs, 15000);
-    EXPECT_EQ(call.cookie, "");
+    EXPECT_EQ(std::tie(call.params, call.timeoutMs, call.cookie), std::make_tuple("", 15000, ""));
     EXPECT_TRUE(fake::logged("time sync result: {\"code\":0,\"data\":{\"t\":42}}", 2));
 
     // With a 200 the transport's error value is not looked at.
