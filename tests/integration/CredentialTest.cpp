@@ -88,23 +88,21 @@ TEST_F(CredentialTest, AdminSyncBindsChangesAndUnbindsThroughTheBindScript) {
     std::ofstream(script) << "#!/bin/sh\necho \"$1\" >> \"$VELMAR_ROOT/bind.log\"\n";
     fs::permissions(script, fs::perms::owner_all);
 
+    // Synchronises, then reads back the administrator the device stored.
+    auto synced = [](bool master) {
+        long long stored = 0;
+        EXPECT_TRUE(QuilConfigUtils::syncAdminStatus(master));
+        EXPECT_TRUE(QuilConfigUtils::getSuperAdmin(stored));
+        return stored;
+    };
     cloudAdmin(52001);
-    ASSERT_TRUE(QuilConfigUtils::syncAdminStatus(true));
-    long long stored = 0;
-    ASSERT_TRUE(QuilConfigUtils::getSuperAdmin(stored));
-    EXPECT_EQ(stored, 52001);
+    EXPECT_EQ(synced(true), 52001);
     EXPECT_EQ(cloud().received("/device/super_admin").at(0).param("master"), "true");
-    EXPECT_TRUE(QuilConfigUtils::syncAdminStatus(false));  // unchanged: no script
-
+    EXPECT_EQ(synced(false), 52001) << "unchanged: no script";
     cloudAdmin(60002);
-    ASSERT_TRUE(QuilConfigUtils::syncAdminStatus(false));
-    ASSERT_TRUE(QuilConfigUtils::getSuperAdmin(stored));
-    EXPECT_EQ(stored, 60002);
-
+    EXPECT_EQ(synced(false), 60002);
     cloudAdmin(-1);
-    ASSERT_TRUE(QuilConfigUtils::syncAdminStatus(false));
-    ASSERT_TRUE(QuilConfigUtils::getSuperAdmin(stored));
-    EXPECT_EQ(stored, -1);
+    EXPECT_EQ(synced(false), -1);
     EXPECT_EQ(velmar::testing::readFile(root() / "bind.log"), "bind\nbind\nunbind\n");
 
     EXPECT_TRUE(QuilConfigUtils::clearAdminStatus());
