@@ -218,11 +218,11 @@ TEST(CloudSkeletonTest, DnsResponderAnswersQueriesAndIgnoresGarbage) {
 }
 
 // A sandboxed device store, and a root for the binary's files.
-using CloudSkeletonStoreTest = velmar::testing::CloudFixture;
+using CloudSkeletonSandboxTest = velmar::testing::CloudFixture;
 
 // Every signed request is checked against what the cloud read from the store:
 // a misread store would look like a library that signs wrong.
-TEST_F(CloudSkeletonStoreTest, DeviceStoreIsRegisteredBeforeStart) {
+TEST_F(CloudSkeletonSandboxTest, DeviceStoreIsRegisteredBeforeStart) {
     store("sn", std::string(SampleDevice::sn) + "\n");  // two newlines in the file
     store("uid", "88123");
     Cloud::Options options;
@@ -236,7 +236,7 @@ TEST_F(CloudSkeletonStoreTest, DeviceStoreIsRegisteredBeforeStart) {
 }
 
 // The binary as the demo drives it.
-TEST_F(CloudSkeletonStoreTest, BinaryWritesItsReadyFileAndStopsOnSigterm) {
+TEST_F(CloudSkeletonSandboxTest, BinaryWritesItsReadyFileAndStopsOnSigterm) {
     // The build tree: named by the environment, or the one this test runs from.
     const char* binaryDir = getenv("VELMAR_BINARY_DIR");
     const fs::path tree = binaryDir
