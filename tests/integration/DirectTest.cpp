@@ -34,22 +34,12 @@ class DirectTest : public velmar::testing::CloudFixture {
         account_.reset();
         unsetenv("VELMAR_DNS_SERVERS");
         unsetenv("VELMAR_RESOLVE");
-        unsetenv("VELMAR_LOG_STDERR");
         CloudFixture::TearDown();
     }
 
     static bool check(std::string& link, long long& size, const std::string& version) {
         return UpgradeAPI::checkUpgrade(link, size, "quil.speaker.v2", "f-01", version, "release",
                                         "zh_CN", "CN");
-    }
-
-    // The library's log lines of `call`, mirrored to standard error.
-    template <typename F>
-    static std::string logsOf(F call) {
-        setenv("VELMAR_LOG_STDERR", "1", 1);
-        ::testing::internal::CaptureStderr();
-        call();
-        return ::testing::internal::GetCapturedStderr();
     }
 
     // The account service on port 443 of a loopback address of its own, so
@@ -113,13 +103,9 @@ TEST_F(DirectTest, UpgradeRetryResolvesThroughTheLoopbackResolver) {
         << logged;
 }
 
-TEST_F(DirectTest, UpgradeCheckFailsOnAMissingUnreachableOrFailingService) {
+TEST_F(DirectTest, UpgradeCheckFailsOnAMissingOrUnreachableService) {
     std::string link;
     long long size = -1;
-    cloud().script("/rs/grayupgrade/v2/quil.speaker.v2", quilcloud::Scripted::answer(500, "{}"));
-    EXPECT_FALSE(check(link, size, "2.14.3"));
-    EXPECT_EQ(cloud().received().size(), 2u);  // the first attempt and one retry
-
     writeConfig({{"sVeWiFiAPIURL", "http://127.0.0.1:1"}});
     EXPECT_FALSE(check(link, size, "2.14.3"));
     writeConfig({});
@@ -165,7 +151,7 @@ TEST_F(DirectTest, UpgradeAndLogServicesRefuseAValueChangedAfterSigning) {
     replay(logUrl, "POST", form, "payload=original", "payload=forged", "403 ");
 }
 
-TEST_F(DirectTest, TimeSyncGivesTheServiceTimeOrTheFailureStatus) {
+TEST_F(DirectTest, TimeSyncGivesTheServiceTimeOr604WithoutAService) {
     const long long before = std::chrono::duration_cast<std::chrono::milliseconds>(
                                  std::chrono::system_clock::now().time_since_epoch())
                                  .count();
@@ -173,22 +159,19 @@ TEST_F(DirectTest, TimeSyncGivesTheServiceTimeOrTheFailureStatus) {
     ASSERT_EQ(TimeSyncAPI::request(serverTime), 0);
     EXPECT_GE(serverTime, before);
     EXPECT_LT(serverTime, before + 60000);
-
-    cloud().script("/time/sync", quilcloud::Scripted::answer(200, "<html>busy</html>"));
-    EXPECT_EQ(TimeSyncAPI::request(serverTime), 610);
-    cloud().script("/time/sync", quilcloud::Scripted::answer(404, "{}"));
-    EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
     writeConfig({});
     EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
 }
 
 TEST_F(DirectTest, LogUploadsArriveIntact) {
+    // A form beyond the 8 KiB a plain HTTP server library takes by default.
+    const std::string payload = "line 1\nx&y=z" + std::string(20000, 'r');
     std::string response;
-    ASSERT_TRUE(LogUploadAPI::upload(response, "common-a-b-c", "2.14.3", "dev-1", "line 1\nx&y=z"));
+    ASSERT_TRUE(LogUploadAPI::upload(response, "common-a-b-c", "2.14.3", "dev-1", payload));
     EXPECT_NE(response.find("\"code\":0"), std::string::npos) << response;
     auto form = cloud().received("/log/common/common-a-b-c");
     ASSERT_EQ(form.size(), 1u);
-    EXPECT_EQ(form[0].param("payload"), "line 1\nx&y=z");
+    EXPECT_TRUE(form[0].param("payload") == payload);
 
     // Every byte value, twice over, and a size beyond one socket write.
     std::string archive;

@@ -9,11 +9,14 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
+#include <sstream>
 #include <thread>
 
 #include <gtest/gtest.h>
 
+#include "CloudFixture.h"
 #include "velmar/crypto/RandomUtils.h"
 #include "velmar/device/DeviceInfo.h"
 #include "velmar/utils/ConfigFile.h"
@@ -35,9 +38,8 @@ class HostPlatformTest : public ::testing::Test {
         char pattern[] = "/tmp/velmar host 'root'-XXXXXX";
         ASSERT_NE(mkdtemp(pattern), nullptr);
         root_ = pattern;
-        fs::create_directories(root_ / "data/device");
-        fs::create_directories(root_ / "data/status");
-        fs::create_directories(root_ / "usr/bin");
+        for (const char* dir : {"data/device", "data/status", "usr/bin"})
+            fs::create_directories(root_ / dir);
         setenv("VELMAR_ROOT", root_.c_str(), 1);
     }
     void TearDown() override {
@@ -51,8 +53,7 @@ class HostPlatformTest : public ::testing::Test {
         std::ofstream(path(devicePath), std::ios::binary) << content;
     }
     std::string read(const std::string& devicePath) const {
-        std::ifstream in(path(devicePath), std::ios::binary);
-        return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        return velmar::testing::readFile(path(devicePath));
     }
     std::set<std::string> entries(const std::string& devicePath) const {
         std::set<std::string> names;
@@ -68,51 +69,62 @@ class HostPlatformTest : public ::testing::Test {
     fs::path root_;
 };
 
-using Getter = int (*)(char*, int);
-struct NamedGetter {
+// How a device-store function reports: 0 for success, any non-negative
+// status, or only a positive one.
+enum Convention { kZero, kNotNegative, kPositive };
+bool succeeded(Convention convention, int status) {
+    return convention == kZero          ? status == 0
+           : convention == kNotNegative ? status >= 0
+                                        : status > 0;
+}
+
+struct StoreValue {
     const char* file;
-    Getter get;
-    bool zeroConvention;
+    int (*get)(char*, int);
+    Convention getConvention;
+    int (*set)(const char*) = nullptr;
+    Convention setConvention = kZero;
 };
 
-const NamedGetter kGetters[] = {
-    {"sn", sn_get, true},
-    {"mac", mac_get, true},
-    {"deviceid", deviceid_get, true},
-    {"channel_secret", channel_secret_get, true},
-    {"iot_did", iot_did_get, true},
-    {"version", version_get, true},
-    {"channel", channel_get, true},
-    {"model", model_get, true},
-    {"appid", appid_get, true},
-    {"countrycode", countrycode_get, true},
-    {"imei", imei_get, true},
-    {"carrier", carrier_get, true},
-    {"uid", uid_get, true},
-    {"broker_host", broker_host_get, true},
-    {"broker_port", broker_port_get, true},
-    {"upgrade_date", upgrade_date_get, false},
-    {"device_token", device_token_get, false},
-    {"device_token_sign", device_token_sign_get, false},
+const StoreValue kValues[] = {
+    {"sn", sn_get, kZero},
+    {"mac", mac_get, kZero},
+    {"deviceid", deviceid_get, kZero, deviceid_set, kZero},
+    {"channel_secret", channel_secret_get, kZero, channel_secret_set, kZero},
+    {"iot_did", iot_did_get, kZero},
+    {"version", version_get, kZero},
+    {"channel", channel_get, kZero},
+    {"model", model_get, kZero},
+    {"appid", appid_get, kZero},
+    {"countrycode", countrycode_get, kZero},
+    {"imei", imei_get, kZero},
+    {"carrier", carrier_get, kZero},
+    {"uid", uid_get, kZero, uid_set, kPositive},
+    {"broker_host", broker_host_get, kZero, broker_host_set, kZero},
+    {"broker_port", broker_port_get, kZero, broker_port_set, kZero},
+    {"upgrade_date", upgrade_date_get, kNotNegative, upgrade_date_set, kNotNegative},
+    {"device_token", device_token_get, kNotNegative, device_token_set, kNotNegative},
+    {"device_token_sign", device_token_sign_get, kNotNegative, device_token_sign_set, kNotNegative},
 };
 
-TEST_F(HostPlatformTest, EveryGetterReadsItsOwnFileWithItsOwnStatusConvention) {
-    for (const auto& g : kGetters) {
-        SCOPED_TRACE(g.file);
+TEST_F(HostPlatformTest, EveryValueIsReadAndReplacedWithItsOwnStatusConventions) {
+    for (const auto& v : kValues) {
+        SCOPED_TRACE(v.file);
         char buf[32] = "junk";
-        const int missing = g.get(buf, sizeof(buf));
-        if (g.zeroConvention) {
-            EXPECT_NE(missing, 0);
-        } else {
-            EXPECT_LT(missing, 0);
-        }
+        EXPECT_FALSE(succeeded(v.getConvention, v.get(buf, sizeof(buf))));
         EXPECT_STREQ(buf, "");
 
-        const std::string value = std::string("v-") + g.file;
-        write(std::string("/data/device/") + g.file, value + "\n");
-        EXPECT_EQ(g.get(buf, sizeof(buf)), g.zeroConvention ? 0 : static_cast<int>(value.size()));
+        const std::string value = std::string("v-") + v.file;
+        write(std::string("/data/device/") + v.file, value + "\n");
+        EXPECT_EQ(v.get(buf, sizeof(buf)), v.getConvention == kZero ? 0 : int(value.size()));
         EXPECT_EQ(std::string(buf), value);
+        if (v.set == nullptr) continue;
+        EXPECT_TRUE(succeeded(v.setConvention, v.set(("new-" + value).c_str())));
+        EXPECT_TRUE(succeeded(v.getConvention, v.get(buf, sizeof(buf))));
+        EXPECT_EQ(std::string(buf), "new-" + value);
+        EXPECT_FALSE(succeeded(v.setConvention, v.set(nullptr)));
     }
+    EXPECT_EQ(entries("/data/device").size(), std::size(kValues)) << "a temporary file left";
 
     // Exactly one trailing newline goes; a value must fit with its NUL.
     char buf[8];
@@ -150,42 +162,12 @@ TEST_F(HostPlatformTest, EveryGetterReadsItsOwnFileWithItsOwnStatusConvention) {
     EXPECT_EQ(rssi_get(), 0);
 }
 
-TEST_F(HostPlatformTest, SettersReplaceValuesAtomicallyWithTheirStatusConventions) {
+TEST_F(HostPlatformTest, SettersKeepTheValueWholeAndFailWithoutAStore) {
     char buf[64];
-    EXPECT_EQ(deviceid_set("7300123456"), 0);
-    EXPECT_EQ(channel_secret_set("s3cret"), 0);
-    EXPECT_EQ(broker_host_set("broker.test"), 0);
-    EXPECT_EQ(broker_port_set("8883"), 0);
-    EXPECT_GE(device_token_set("tok"), 0);
-    EXPECT_GE(device_token_sign_set("sig"), 0);
-    EXPECT_GE(upgrade_date_set("2026-11-23"), 0);
     EXPECT_GT(uid_set(""), 0) << "positive even when nothing but the value's end is written";
-    EXPECT_GT(uid_set("-88123"), 0);
-
-    ASSERT_EQ(deviceid_get(buf, sizeof(buf)), 0);
-    EXPECT_STREQ(buf, "7300123456");
-    EXPECT_EQ(device_token_get(buf, sizeof(buf)), 3);
-    EXPECT_EQ(device_token_sign_get(buf, sizeof(buf)), 3);
-    EXPECT_EQ(upgrade_date_get(buf, sizeof(buf)), 10);
-    ASSERT_EQ(uid_get(buf, sizeof(buf)), 0);
-    EXPECT_STREQ(buf, "-88123");
-    ASSERT_EQ(broker_port_get(buf, sizeof(buf)), 0);
-    EXPECT_STREQ(buf, "8883");
-    // A value ending in a newline reads back as it was written.
     ASSERT_EQ(channel_secret_set("line\n"), 0);
     ASSERT_EQ(channel_secret_get(buf, sizeof(buf)), 0);
-    EXPECT_STREQ(buf, "line\n");
-
-    EXPECT_EQ(entries("/data/device"),
-              (std::set<std::string>{"deviceid", "channel_secret", "broker_host", "broker_port",
-                                     "device_token", "device_token_sign", "upgrade_date", "uid"}))
-        << "no temporary file left behind";
-
-    EXPECT_NE(deviceid_set(nullptr), 0);
-    EXPECT_LT(device_token_set(nullptr), 0);
-    EXPECT_LT(uid_set(nullptr), 0);
-    fs::create_directory(path("/data/device/imei_dir"));
-    EXPECT_FALSE(FileUtils::writeAtomically("/data/device/imei_dir", "x"));
+    EXPECT_STREQ(buf, "line\n") << "a value ending in a newline reads back as it was written";
 
     EXPECT_EQ(uid_clean(), 0);
     EXPECT_NE(uid_get(buf, sizeof(buf)), 0);
@@ -196,9 +178,8 @@ TEST_F(HostPlatformTest, SettersReplaceValuesAtomicallyWithTheirStatusConvention
     fs::remove_all(path("/data/device/uid"));
 
     fs::remove_all(path("/data/device"));
-    EXPECT_EQ(deviceid_set("1"), -1);
-    EXPECT_EQ(device_token_set("1"), -1);
-    EXPECT_EQ(uid_set("1"), -1);
+    for (const auto& v : kValues)
+        EXPECT_TRUE(v.set == nullptr || v.set("1") == -1) << v.file;
     EXPECT_EQ(uid_clean(), 0);
 
     for (const char* valid : {"0", "12345", "-1", "-88123"})
@@ -211,12 +192,14 @@ TEST_F(HostPlatformTest, SettersReplaceValuesAtomicallyWithTheirStatusConvention
 TEST_F(HostPlatformTest, DeviceFilesAreReadBoundedAndReplacedWhole) {
     write("/data/status/ota", "idle\n");
     char buf[8];
-    EXPECT_EQ(file_read_string("/data/status/ota", buf, sizeof(buf)), 5);
-    EXPECT_STREQ(buf, "idle\n");
-    EXPECT_EQ(file_read_string("/data/status/ota", buf, 3), 2);
-    EXPECT_STREQ(buf, "id");
-    EXPECT_EQ(file_read_string("/data/status/ota", buf, 1), 0);
-    EXPECT_STREQ(buf, "");
+    // The length read, and the text it left in `buf`.
+    auto ota = [&buf](int size) {
+        const int length = file_read_string("/data/status/ota", buf, size);
+        return std::to_string(length) + " " + buf;
+    };
+    EXPECT_EQ(ota(sizeof(buf)), "5 idle\n");
+    EXPECT_EQ(ota(3), "2 id");
+    EXPECT_EQ(ota(1), "0 ");
     EXPECT_EQ(file_read_string("/data/status/none", buf, sizeof(buf)), -1);
     EXPECT_EQ(file_read_string(nullptr, buf, sizeof(buf)), -1);
     EXPECT_EQ(file_read_string("/data/status/ota", nullptr, 8), -1);
@@ -323,33 +306,26 @@ TEST(HostLoggingTest, LinesCarryTheirSourceAndReachStandardErrorWhole) {
     EXPECT_EQ(
         logged.rfind("HostPlatformTest.cpp:" + std::to_string(line) + ": failed with 42\n", 0), 0u)
         << logged.substr(0, 200);
-    size_t start = logged.find('\n') + 1;
+    std::istringstream lines(logged);
+    std::string entry;
+    std::getline(lines, entry);  // the line checked above
     int whole = 0;
-    while (start < logged.size()) {
-        size_t end = logged.find('\n', start);
-        ASSERT_NE(end, std::string::npos);
-        const std::string entry = logged.substr(start, end - start);
-        const size_t text = entry.find(": t");
-        ASSERT_NE(text, std::string::npos) << entry.substr(0, 100);
+    for (; std::getline(lines, entry); ++whole) {
         EXPECT_EQ(entry.rfind("HostPlatformTest.cpp:", 0), 0u) << entry.substr(0, 100);
-        EXPECT_EQ(entry.substr(text + 5), long_text) << "a line mixed with another";
-        ++whole;
-        start = end + 1;
+        const size_t text = entry.find(": t");
+        EXPECT_TRUE(text != std::string::npos && entry.substr(text + 5) == long_text)
+            << "a line mixed with another: " << entry.substr(0, 100);
     }
     EXPECT_EQ(whole, 200);
 }
 
 TEST(HostRandomTest, UuidsAndRandomBytesComeFromTheSystemSource) {
+    const std::regex version4(
+        "[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}");
     std::set<std::string> seen;
     for (int i = 0; i < 1000; ++i) {
         const std::string u = UUIDUtils::generate();
-        ASSERT_EQ(u.size(), 36u);
-        for (size_t k = 0; k < u.size(); ++k) {
-            const bool dash = k == 8 || k == 13 || k == 18 || k == 23;
-            EXPECT_TRUE(dash ? u[k] == '-' : std::isxdigit(u[k]) && !std::isupper(u[k])) << u;
-        }
-        EXPECT_EQ(u[14], '4') << u;
-        EXPECT_NE(std::string("89ab").find(u[19]), std::string::npos) << u;
+        EXPECT_TRUE(std::regex_match(u, version4)) << u;
         seen.insert(u);
     }
     EXPECT_EQ(seen.size(), 1000u);

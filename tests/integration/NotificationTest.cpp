@@ -21,9 +21,6 @@ TEST_F(NotificationTest, NotificationsLandWithTheTextInExtraAttributes) {
 
     auto received = cloud().received("/device/land_notification/");
     ASSERT_EQ(received.size(), 2u);
-    EXPECT_EQ(received[0].param("type"), "1");
-    EXPECT_EQ(received[0].param("title"), "");
-    EXPECT_EQ(received[0].param("abstract"), "");
     EXPECT_EQ(received[0].param("extraAttributes"), "alarm at 07:00");
     EXPECT_EQ(received[1].param("title"), "Update");
     auto device = cloud().registry().find(SampleDevice::deviceId);

@@ -1,7 +1,6 @@
 // Serial-number lookups, the carrier file and Andlink IDs through the host
 // port against the local cloud.
-#include <fstream>
-#include <sstream>
+#include <iterator>
 
 #include "CloudFixture.h"
 #include "velmar/quil/api/CarrierOperator.h"
@@ -16,15 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class SerialTest : public velmar::testing::CloudFixture {
-  protected:
-    std::string carrierFile() {
-        std::ifstream in(devicePath("/data/messagingagent/carrier"));
-        std::stringstream text;
-        text << in.rdbuf();
-        return text.str();
-    }
-};
+using SerialTest = velmar::testing::CloudFixture;
 
 TEST_F(SerialTest, LookupsGoToTheProductionOrThePreviewService) {
     quilcloud::Cloud::Options options;
@@ -56,16 +47,11 @@ TEST_F(SerialTest, LookupsGoToTheProductionOrThePreviewService) {
 
 TEST_F(SerialTest, CarrierStatusFileLiesUnderTheDeviceRoot) {
     CarrierOperator::setCarrierOperatorStatus("{ \"carrier\": \"CMCC\", \"plan\": 5 }");
-    EXPECT_EQ(carrierFile(), "{\"carrier\":\"CMCC\",\"plan\":5}");
     CarrierOperator::setCarrierOperatorStatus("{ broken");
-    EXPECT_EQ(carrierFile(), "{\"carrier\":\"CMCC\",\"plan\":5}");
-    // Nothing left behind in the directory but the file itself.
-    size_t entries = 0;
-    for (const auto& entry : fs::directory_iterator(devicePath("/data/messagingagent"))) {
-        (void)entry;
-        ++entries;
-    }
-    EXPECT_EQ(entries, 1u);
+    const std::string carrier = devicePath("/data/messagingagent/carrier");
+    EXPECT_EQ(velmar::testing::readFile(carrier), "{\"carrier\":\"CMCC\",\"plan\":5}");
+    EXPECT_EQ(std::distance(fs::directory_iterator(devicePath("/data/messagingagent")), {}), 1)
+        << "nothing left behind but the file itself";
 
     fs::remove_all(devicePath("/data/messagingagent"));
     CarrierOperator::setCarrierOperatorStatus("{\"carrier\":\"CT\"}");  // logged, no crash

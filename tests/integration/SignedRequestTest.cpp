@@ -1,7 +1,5 @@
 // The signed request end to end: the host port, the device store and the
 // local cloud's own signature check.
-#include <stdlib.h>
-
 #include "CloudFixture.h"
 #include "velmar/quil/api/DeviceAPI.h"
 #include "velmar/quil/api/PingAPI.h"
@@ -57,13 +55,9 @@ TYPED_TEST(SignedRequestTest, CloudRefusesATamperedSecret) {
 TYPED_TEST(SignedRequestTest, DeadServerGives604AndTheFailureLine) {
     const std::string deadUrl = this->baseUrl();
     this->cloud().stop();
-    setenv("VELMAR_LOG_STDERR", "1", 1);
-    ::testing::internal::CaptureStderr();
     std::string response = "stale";
-    auto status = PresenceAPI::getPresence(response, deadUrl);
-    std::string logged = ::testing::internal::GetCapturedStderr();
-    unsetenv("VELMAR_LOG_STDERR");
-    EXPECT_EQ(status, 604);
+    const std::string logged =
+        this->logsOf([&] { EXPECT_EQ(PresenceAPI::getPresence(response, deadUrl), 604); });
     EXPECT_EQ(response, "");
     EXPECT_NE(logged.find("httpRequest() failed (requestId: "), std::string::npos) << logged;
     EXPECT_NE(logged.find("error code: Error (code: 602"), std::string::npos) << logged;

@@ -18,6 +18,12 @@ namespace testing {
 
 namespace fs = std::filesystem;
 
+// The whole content of a file, "" when there is none.
+inline std::string readFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
 // The device the fixture registers, in the store and in the cloud alike.
 struct SampleDevice {
     static constexpr const char* sn = "4417/20260001";
@@ -38,11 +44,9 @@ class CloudFixture : public ::testing::Test {
         char pattern[] = "/tmp/velmar-test-XXXXXX";
         ASSERT_NE(mkdtemp(pattern), nullptr);
         root_ = pattern;
-        fs::create_directories(root_ / "data/device");
-        fs::create_directories(root_ / "data/status");
-        fs::create_directories(root_ / "data/messagingagent");
-        fs::create_directories(root_ / "usr/share/quil/messaging");
-        fs::create_directories(root_ / "usr/bin");
+        for (const char* dir : {"data/device", "data/status", "data/messagingagent",
+                                "usr/share/quil/messaging", "usr/bin"})
+            fs::create_directories(root_ / dir);
         store("sn", SampleDevice::sn);
         store("mac", SampleDevice::mac);
         store("deviceid", SampleDevice::deviceId);
@@ -81,7 +85,6 @@ class CloudFixture : public ::testing::Test {
     void store(const std::string& name, const std::string& value) {
         std::ofstream(root_ / "data/device" / name) << value << "\n";
     }
-    void unstore(const std::string& name) { fs::remove(root_ / "data/device" / name); }
 
     // Makes `id` the device's super administrator, in the store and in the cloud.
     void bindAdministrator(long long id) {
@@ -96,6 +99,16 @@ class CloudFixture : public ::testing::Test {
         out << "# written by the test\n";
         for (const auto& [key, value] : entries)
             out << key << "=" << value << "\n";
+    }
+
+    // The library's log lines while `call` runs, mirrored to standard error.
+    template <typename F>
+    static std::string logsOf(F call) {
+        setenv("VELMAR_LOG_STDERR", "1", 1);
+        ::testing::internal::CaptureStderr();
+        call();
+        unsetenv("VELMAR_LOG_STDERR");
+        return ::testing::internal::GetCapturedStderr();
     }
 
     // A file under the sandbox root, by its device path ("/data/status/ota").

@@ -10,28 +10,21 @@ namespace {
 class AssistantSettingsTest : public fake::FakeTest {};
 
 TEST_F(AssistantSettingsTest, LevelIsReadFromTheToolAndClearedWhenItFails) {
-    std::string level;
-    fake::pushExec(0, "{\"level\":\"product\"}\n");
-    EXPECT_TRUE(QuilConfigUtils::getVEBrainLevel(level));
-    EXPECT_EQ(level, "product");
+    // Whether the tool's answer was read, and what it left of a level "product".
+    auto read = [](int status, const std::string& output) {
+        fake::pushExec(status, output);
+        std::string level = "product";
+        const bool read = QuilConfigUtils::getVEBrainLevel(level);
+        return (read ? "read " : "failed ") + level;
+    };
+    EXPECT_EQ(read(0, "{\"level\":\"preview\"}\n"), "read preview");
     EXPECT_EQ(fake::execCommands().at(0), "/usr/bin/vebrain_level get");
-
-    fake::pushExec(1, "no such tool");
-    EXPECT_FALSE(QuilConfigUtils::getVEBrainLevel(level));
-    EXPECT_EQ(level, "");
+    EXPECT_EQ(read(1, "no such tool"), "failed ");
     EXPECT_TRUE(fake::loggedExactly("command failed, output: no such tool", 4));
-
-    level = "product";
-    fake::pushExec(0, "");
-    EXPECT_FALSE(QuilConfigUtils::getVEBrainLevel(level));
-    EXPECT_EQ(level, "");
+    EXPECT_EQ(read(0, ""), "failed ");
     EXPECT_TRUE(fake::loggedExactly("invalid result: ", 4));
-
     // JSON without the field keeps the value, and says so.
-    level = "product";
-    fake::pushExec(0, "{\"lvl\":\"x\"}");
-    EXPECT_FALSE(QuilConfigUtils::getVEBrainLevel(level));
-    EXPECT_EQ(level, "product");
+    EXPECT_EQ(read(0, "{\"lvl\":\"x\"}"), "failed product");
     EXPECT_TRUE(fake::loggedExactly("invalid result: {\"lvl\":\"x\"}", 4));
 }
 
@@ -53,28 +46,21 @@ TEST_F(AssistantSettingsTest, OnlyTheThreeLevelWordsReachTheShell) {
 }
 
 TEST_F(AssistantSettingsTest, ExperiencePlanTakesOnlyTheExactWords) {
-    bool enabled = false;
-    fake::pushExec(0, "{\"enable\":\"true\"}");
-    EXPECT_TRUE(QuilConfigUtils::getExperiencePlan(enabled));
-    EXPECT_TRUE(enabled);
+    // Whether the tool's answer was read, and the plan it left.
+    auto read = [](bool enabled, int status, const std::string& output) {
+        fake::pushExec(status, output);
+        const bool ok = QuilConfigUtils::getExperiencePlan(enabled);
+        return std::string(ok ? "read " : "failed ") + (enabled ? "on" : "off");
+    };
+    EXPECT_EQ(read(false, 0, "{\"enable\":\"true\"}"), "read on");
     EXPECT_EQ(fake::execCommands().at(0), "/usr/bin/experience_plan get");
-    fake::pushExec(0, "{\"enable\":\"false\"}");
-    EXPECT_TRUE(QuilConfigUtils::getExperiencePlan(enabled));
-    EXPECT_FALSE(enabled);
-
+    EXPECT_EQ(read(true, 0, "{\"enable\":\"false\"}"), "read off");
     // Failures never touch the value.
-    enabled = true;
-    fake::pushExec(0, "{\"enable\":\"TRUE\"}");
-    EXPECT_FALSE(QuilConfigUtils::getExperiencePlan(enabled));
-    fake::pushExec(0, "{\"enable\":true}");
-    EXPECT_FALSE(QuilConfigUtils::getExperiencePlan(enabled));
-    fake::pushExec(0, "not json");
-    EXPECT_FALSE(QuilConfigUtils::getExperiencePlan(enabled));
+    for (const char* output : {"{\"enable\":\"TRUE\"}", "{\"enable\":true}", "not json"})
+        EXPECT_EQ(read(true, 0, output), "failed on") << output;
     EXPECT_TRUE(fake::loggedExactly("invalid result: not json", 4));
-    fake::pushExec(127, "");
-    EXPECT_FALSE(QuilConfigUtils::getExperiencePlan(enabled));
+    EXPECT_EQ(read(false, 127, ""), "failed off");
     EXPECT_TRUE(fake::loggedExactly("command failed, output: ", 4));
-    EXPECT_TRUE(enabled);
 
     fake::pushExec(0, "");
     EXPECT_TRUE(QuilConfigUtils::setExperiencePlan(false));

@@ -28,26 +28,14 @@ class Generator {
 
     // A value of any type; containers nest up to `depth` more levels.
     std::string value(int depth) {
-        switch (below(depth > 0 ? 9 : 6)) {
-            case 0:
-                return "null";
-            case 1:
-                return below(2) ? "true" : "false";
-            case 2:
-                return std::to_string(static_cast<long long>(mRandom()) - 2147483648LL);
-            case 3:
-                return "18446744073709551615";
-            case 4:
-                return "-0.5e3";
-            case 5:
-                return "\"s\\u00e9\\/" + std::to_string(below(100)) + "\"";
-            case 6:
-                return song(depth - 1);
-            case 7:
-                return array(depth - 1);
-            default:
-                return "{\"songList\":" + array(depth - 1) + "}";
-        }
+        static const char* const leaves[] = {"null", "true", "false", "18446744073709551615",
+                                             "-0.5e3"};
+        const int pick = below(depth > 0 ? 10 : 7);
+        if (pick < 5) return leaves[pick];
+        if (pick == 5) return std::to_string(static_cast<long long>(mRandom()) - 2147483648LL);
+        if (pick == 6) return "\"s\\u00e9\\/" + std::to_string(below(100)) + "\"";
+        if (pick == 7) return song(depth - 1);
+        return pick == 8 ? array(depth - 1) : "{\"songList\":" + array(depth - 1) + "}";
     }
 
     std::string array(int depth) {
@@ -85,29 +73,14 @@ class Generator {
         for (int i = below(6); i > 0; --i)
             songs += (below(8) ? song(2) : value(3)) + (i > 1 ? "," : "");
         songs += "]";
-        std::string text;
-        switch (below(3)) {
-            case 0:
-                text = "{\"code\":0,\"data\":" + songs + "}";
-                break;
-            case 1:
-                text = "{\"code\":0,\"data\":{\"songList\":" + songs + "}}";
-                break;
-            default:
-                text = "{\"data\":" + value(3) + "}";
-                break;
-        }
-        switch (below(5)) {
-            case 0:
-                return text.substr(0, below(static_cast<int>(text.size())));
-            case 1:
-                return std::string(20 + below(40), '[') + text + std::string(60, ']');
-            case 2:
-                text[below(static_cast<int>(text.size()))] = "{}[],:\"x"[below(8)];
-                break;
-            default:
-                break;
-        }
+        const int shape = below(3);
+        std::string text = shape == 0   ? "{\"code\":0,\"data\":" + songs + "}"
+                           : shape == 1 ? "{\"code\":0,\"data\":{\"songList\":" + songs + "}}"
+                                        : "{\"data\":" + value(3) + "}";
+        const int damage = below(5);
+        if (damage == 0) return text.substr(0, below(static_cast<int>(text.size())));
+        if (damage == 1) return std::string(20 + below(40), '[') + text + std::string(60, ']');
+        if (damage == 2) text[below(static_cast<int>(text.size()))] = "{}[],:\"x"[below(8)];
         return text;
     }
 
@@ -159,8 +132,7 @@ TEST_F(MusicFuzzTest, BrokenAnswersEndInADocumentedStatus) {
     int succeeded = 0;
     for (int round = 0; round < 400; ++round) {
         fake::reset();
-        fake::setDeviceValue("deviceid", "dev-42");
-        fake::setDeviceValue("channel_secret", "0123456789abcdef");
+        fake::giveIdentity();
         const std::string body = generator.answer();
         for (const auto& [name, call] : calls) {
             fake::pushBody(body);

@@ -9,15 +9,7 @@ namespace quil = velmar::quil;
 
 namespace {
 
-class NotificationTest : public fake::FakeTest {
-  protected:
-    void SetUp() override {
-        FakeTest::SetUp();
-        fake::setDeviceValue("deviceid", "dev-42");
-        fake::setDeviceValue("channel_secret", "0123456789abcdef");
-        fake::setConfig("sQuilAPIURL", "https://cloud.test");
-    }
-};
+using NotificationTest = fake::FakeDeviceTest;
 
 TEST_F(NotificationTest, NotifyPutsTheTextInExtraAttributesAndLeavesTitleAndAbstractEmpty) {
     fake::pushBody("{\"code\":0}");
@@ -26,15 +18,10 @@ TEST_F(NotificationTest, NotifyPutsTheTextInExtraAttributesAndLeavesTitleAndAbst
     EXPECT_EQ(response, "{\"code\":0}");
 
     ASSERT_EQ(fake::calls().size(), 1u);
-    const fake::Call& call = fake::calls()[0];
-    EXPECT_EQ(call.baseUrl, "https://cloud.test");
-    EXPECT_EQ(call.path, "/device/land_notification/");
-    EXPECT_EQ(call.method, "POST");
-    auto params = call.decodedParams();
-    params.erase("requestId");
-    const std::map<std::string, std::string> expected{
-        {"abstract", ""}, {"extraAttributes", "tea is ready"}, {"title", ""}, {"type", "2"}};
-    EXPECT_EQ(params, expected);
+    EXPECT_EQ(
+        fake::paramsOf(fake::calls()[0]),
+        (std::map<std::string, std::string>{
+            {"abstract", ""}, {"extraAttributes", "tea is ready"}, {"title", ""}, {"type", "2"}}));
     ASSERT_FALSE(fake::configOpens().empty());
     EXPECT_EQ(fake::configOpens().back(), "/usr/share/quil/messaging/messaging.conf");
 }

