@@ -304,6 +304,17 @@ bool answer(Call call, int& status, std::string& response, ErrorType& error,
     return a.ok;
 }
 
+// What every overload records alike.
+Call callOf(Overload overload, const std::string& method, const std::vector<std::string>& headers,
+            int timeoutMs) {
+    Call call;
+    call.overload = overload;
+    call.method = method;
+    call.headers = headers;
+    call.timeoutMs = timeoutMs;
+    return call;
+}
+
 }  // namespace
 
 }  // namespace fake
@@ -317,13 +328,9 @@ bool HTTPRequest::httpRequest(int& status, std::string& response, ErrorType& err
                               const std::string& params, const std::string& method,
                               const std::vector<std::string>& headers, int timeoutMs,
                               const std::string& cookie) {
-    fake::Call call;
-    call.overload = fake::Overload::Url;
+    fake::Call call = fake::callOf(fake::Overload::Url, method, headers, timeoutMs);
     call.url = url;
     call.params = params;
-    call.method = method;
-    call.headers = headers;
-    call.timeoutMs = timeoutMs;
     call.cookie = cookie;
     return fake::answer(std::move(call), status, response, error, errorMessage);
 }
@@ -333,13 +340,9 @@ bool HTTPRequest::httpRequest(int& status, std::string& response, ErrorType& err
                               const std::string& params, const std::string& method,
                               const std::vector<std::string>& headers, int timeoutMs,
                               const std::string& cookie, const std::string& dnsServers) {
-    fake::Call call;
-    call.overload = fake::Overload::UrlWithDns;
+    fake::Call call = fake::callOf(fake::Overload::UrlWithDns, method, headers, timeoutMs);
     call.url = url;
     call.params = params;
-    call.method = method;
-    call.headers = headers;
-    call.timeoutMs = timeoutMs;
     call.cookie = cookie;
     call.dnsServers = dnsServers;
     return fake::answer(std::move(call), status, response, error, errorMessage);
@@ -350,14 +353,10 @@ bool HTTPRequest::httpRequest(int& status, std::string& response, ErrorType& err
                               const std::string& path, const std::string& params,
                               const std::string& method, const std::vector<std::string>& headers,
                               int timeoutMs) {
-    fake::Call call;
-    call.overload = fake::Overload::BaseAndPath;
+    fake::Call call = fake::callOf(fake::Overload::BaseAndPath, method, headers, timeoutMs);
     call.baseUrl = baseUrl;
     call.path = path;
     call.params = params;
-    call.method = method;
-    call.headers = headers;
-    call.timeoutMs = timeoutMs;
     return fake::answer(std::move(call), status, response, error, errorMessage);
 }
 
@@ -367,15 +366,11 @@ bool HTTPRequest::httpRequest(int& status, std::string& response, ErrorType& err
                               const std::map<std::string, std::vector<std::string>>& fields,
                               const std::string& method, const std::vector<std::string>& headers,
                               int timeoutMs) {
-    fake::Call call;
-    call.overload = fake::Overload::Form;
+    fake::Call call = fake::callOf(fake::Overload::Form, method, headers, timeoutMs);
     call.baseUrl = baseUrl;
     call.path = path;
     call.fields = fields;
     call.params = detail::encodeFormFields(fields);
-    call.method = method;
-    call.headers = headers;
-    call.timeoutMs = timeoutMs;
     return fake::answer(std::move(call), status, response, error, errorMessage);
 }
 
