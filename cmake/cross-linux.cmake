@@ -5,7 +5,10 @@
 # (libfoo-dev:arm64 installs into /usr/lib/aarch64-linux-gnu beside the host's).
 # A firmware SDK names its target root with -DVELMAR_SYSROOT=DIR (or the
 # VELMAR_SYSROOT environment variable, or -DCMAKE_SYSROOT=DIR): headers,
-# libraries and pkg-config files then come from there only.
+# libraries and pkg-config files then come from there only. Debian's cross
+# compilers still search their own C and C++ runtime (/usr/<triplet>) before a
+# sysroot: for an SDK whose C library is older than that, name the SDK's own
+# compiler with -DCMAKE_C_COMPILER=... -DCMAKE_CXX_COMPILER=...
 
 set(CMAKE_SYSTEM_NAME Linux)
 
