@@ -8,7 +8,8 @@ ASAN_BUILD ?= build-asan
 BENCH_BUILD ?= build-bench
 NETNS := scripts/netns-run
 
-.PHONY: all deps build build-asan test test-normal test-asan demo bench format format-check clean
+.PHONY: all deps build build-asan test test-normal test-asan demo bench cross-aarch64 cross-armhf \
+	format format-check clean
 
 all: build
 
@@ -45,6 +46,11 @@ bench: deps
 	cmake --build $(BENCH_BUILD) -j $(JOBS)
 	$(NETNS) scripts/bench $(BENCH_BUILD)
 
+# What the speaker runs, cross-built in Release into build-aarch64 / build-armhf;
+# VELMAR_SYSROOT=DIR takes the target's libraries from a firmware SDK.
+cross-aarch64 cross-armhf: cross-%:
+	JOBS=$(JOBS) scripts/cross-build $*
+
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
@@ -52,4 +58,4 @@ format-check:
 	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) build-aarch64 build-armhf
