@@ -1,5 +1,8 @@
 // The song-list answers: the first byte picks the call, the rest is the
-// cloud's body. A "musics" document handed out must have its fixed shape.
+// cloud's body. A "musics" document handed out must have its fixed shape, and
+// a playlist or channel page one entry per element of the answer's list.
+#include <json-c/json.h>
+
 #include <vector>
 
 #include "Harness.h"
@@ -20,10 +23,24 @@ bool isSong(const rapidjson::Value& song, bool sourced) {
     return song.HasMember("global_id") && song["global_id"].IsInt64() && (hasSource || !sourced);
 }
 
-void checkMusics(const std::string& text, bool sourced) {
+// Elements of "data"."songList" as json-c, the library's parser, reads them.
+size_t listed(const std::string& body) {
+    json_object* root = json_tokener_parse(body.c_str());
+    json_object *data = nullptr, *songs = nullptr;
+    json_object_object_get_ex(root, "data", &data);
+    json_object_object_get_ex(data, "songList", &songs);
+    const size_t count =
+        json_object_is_type(songs, json_type_array) ? json_object_array_length(songs) : 0;
+    json_object_put(root);
+    return count;
+}
+
+// `entries` is the number of songs expected, or -1 when some may be left out.
+void checkMusics(const std::string& text, bool sourced, long entries) {
     rapidjson::Document document;
     bool ok = fuzz::parse(document, text) && document.IsObject() && document.MemberCount() == 1 &&
-              document.HasMember("musics") && document["musics"].IsArray();
+              document.HasMember("musics") && document["musics"].IsArray() &&
+              (entries < 0 || document["musics"].Size() == static_cast<size_t>(entries));
     for (size_t i = 0; ok && i < document["musics"].Size(); ++i)
         ok = isSong(document["musics"][static_cast<rapidjson::SizeType>(i)], sourced);
     fuzz::require(ok, "malformed musics document", text);
@@ -34,12 +51,13 @@ void checkMusics(const std::string& text, bool sourced) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
     fuzz::freshDevice();
-    velmar::fake::pushBody(std::string(reinterpret_cast<const char*>(data) + 1, size - 1));
+    const std::string body(reinterpret_cast<const char*>(data) + 1, size - 1);
+    velmar::fake::pushBody(body);
     std::string result;
     switch (data[0] % 4) {
         case 0:
             if (MusicSongInfoAPI::getSongListInfo(result, kBase, "[1,\"2\",{}]", 0, -1) == 0)
-                checkMusics(result, true);
+                checkMusics(result, true, -1);
             break;
         case 1: {
             std::vector<long long> ids;
@@ -48,11 +66,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         }
         case 2:
             if (PlayListV2API::getSongsInList(result, 7, 0, 20, kBase) == 0)
-                checkMusics(result, false);
+                checkMusics(result, false, static_cast<long>(listed(body)));
             break;
         default:
             if (PlayListV2API::getSongsInChannel(result, 7, 0, 20, kBase) == 0)
-                checkMusics(result, false);
+                checkMusics(result, false, static_cast<long>(listed(body)));
     }
     return 0;
 }
