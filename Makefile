@@ -6,10 +6,13 @@ JOBS ?= 2
 BUILD ?= build
 ASAN_BUILD ?= build-asan
 BENCH_BUILD ?= build-bench
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 30
+FUZZERS := $(basename $(notdir $(wildcard tests/fuzz/*Fuzz.cpp)))
 NETNS := scripts/netns-run
 
 .PHONY: all deps build build-asan test test-normal test-asan demo bench cross-aarch64 cross-armhf \
-	format format-check clean
+	fuzz fuzz-build fuzz-run format format-check clean
 
 all: build
 
@@ -51,6 +54,28 @@ bench: deps
 cross-aarch64 cross-armhf: cross-%:
 	JOBS=$(JOBS) scripts/cross-build $*
 
+# The libFuzzer harnesses (clang, ASan+UBSan), each run for FUZZ_SECONDS from
+# its seeds; new inputs go to $(FUZZ_BUILD)/corpus, findings to
+# $(FUZZ_BUILD)/artifacts. Not part of `make test`.
+fuzz: fuzz-build
+	$(MAKE) fuzz-run
+
+fuzz-build: deps
+	@scripts/install-deps clang libclang-rt-dev
+	cmake -S . -B $(FUZZ_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DVELMAR_BUILD_FUZZ=ON \
+	    -DVELMAR_BUILD_TESTS=OFF -DVELMAR_BUILD_TOOLS=OFF
+	cmake --build $(FUZZ_BUILD) -j $(JOBS)
+
+fuzz-run:
+	@mkdir -p $(FUZZ_BUILD)/artifacts
+	@for h in $(FUZZERS); do \
+	    mkdir -p $(FUZZ_BUILD)/corpus/$$h && \
+	    $(NETNS) $(FUZZ_BUILD)/tests/fuzz/$$h -max_total_time=$(FUZZ_SECONDS) -timeout=25 \
+	        -print_final_stats=1 -artifact_prefix=$(FUZZ_BUILD)/artifacts/$$h- \
+	        $(FUZZ_BUILD)/corpus/$$h tests/fuzz/corpus/$$h || exit 1; \
+	done
+
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
@@ -58,4 +83,4 @@ format-check:
 	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) build-aarch64 build-armhf
+	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) build-aarch64 build-armhf
