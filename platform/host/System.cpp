@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "LogLine.h"
 #include "velmar/crypto/RandomUtils.h"
 #include "velmar/utils/Logging.h"
 #include "velmar/utils/TimeUtils.h"
@@ -57,7 +58,10 @@ Logging::~Logging() {
     (void)mLevel;
     const char* file = mSourceFile != nullptr ? mSourceFile : "?";
     if (const char* slash = std::strrchr(file, '/')) file = slash + 1;
-    std::string text = std::string(file) + ":" + std::to_string(mLine) + ": " + mStream.str();
+    // Masked and escaped here, so that every sink gets the same safe line and
+    // one statement is one line, whatever an answer holds.
+    std::string text = host::escapeControls(std::string(file) + ":" + std::to_string(mLine) + ": " +
+                                            host::maskCredentials(mStream.str()));
     text += '\n';
     syslog(3, "%s", text.c_str());
     const char* mirror = std::getenv("VELMAR_LOG_STDERR");
