@@ -105,7 +105,10 @@ int getValue(const char* name, char* buf, int size) {
                            value)) {
         return -1;
     }
+    // The line end a tool or an editor left: "\n", "\r\n" or a lone "\r". A
+    // stray "\r" would otherwise travel into a header line or a signature.
     if (!value.empty() && value.back() == '\n') value.pop_back();
+    if (!value.empty() && value.back() == '\r') value.pop_back();
     if (value.size() >= static_cast<size_t>(size)) return -1;
     std::memcpy(buf, value.data(), value.size());
     buf[value.size()] = '\0';
@@ -114,6 +117,23 @@ int getValue(const char* name, char* buf, int size) {
 
 int zeroConvention(int length) {
     return length < 0 ? -1 : 0;
+}
+
+// Values that let whoever reads them act as the device. Their files are
+// created readable by the owner only; the rest stay readable by the device's
+// other daemons, as they always were.
+bool isCredential(const char* name) {
+    static const char* const kCredentials[] = {"channel_secret", "device_token",
+                                               "device_token_sign"};
+    for (const char* credential : kCredentials) {
+        if (std::strcmp(name, credential) == 0) return true;
+    }
+    return false;
+}
+
+bool writeValue(const char* name, const std::string& content) {
+    return velmar::host::writeAtomically(FileUtils::devicePath(storePath(name)), content,
+                                         isCredential(name) ? 0600 : 0644);
 }
 
 // Bytes written (the value and its newline), or -1.
@@ -125,8 +145,7 @@ int setValue(const char* name, const char* value) {
     // ending in a newline reads back unchanged.
     std::string content(value, length);
     content += '\n';
-    return FileUtils::writeAtomically(storePath(name), content) ? static_cast<int>(content.size())
-                                                                : -1;
+    return writeValue(name, content) ? static_cast<int>(content.size()) : -1;
 }
 
 int runBindScript(const char* argument) {
@@ -210,14 +229,20 @@ int uid_set(const char* value) {
     return setValue("uid", value);  // at least the newline: positive on success
 }
 
+// Valid: the base-10 text of a signed 64-bit integer, nothing around it. A
+// value out of range is refused here, since the library parses a valid one
+// without expecting it to fail.
 int uid_isvalid_str(const char* text) {
     if (text == nullptr) return 1;
     const char* p = text[0] == '-' ? text + 1 : text;
     if (*p == '\0') return 1;
-    for (; *p != '\0'; ++p) {
-        if (*p < '0' || *p > '9') return 1;
+    for (const char* d = p; *d != '\0'; ++d) {
+        if (*d < '0' || *d > '9') return 1;
     }
-    return 0;
+    errno = 0;
+    char* end = nullptr;
+    std::strtoll(text, &end, 10);
+    return errno == ERANGE ? 1 : 0;
 }
 
 int uid_clean(void) {

@@ -1,5 +1,8 @@
-// Internal to the Linux port: bounded reads of device files.
+// Internal to the Linux port: bounded reads and whole replacements of device
+// files.
 #pragma once
+
+#include <sys/types.h>
 
 #include <cstddef>
 #include <string>
@@ -11,6 +14,11 @@ namespace host {
 // mapped under the root). False when it is missing, not a regular file or
 // unreadable; a FIFO or device never blocks the caller.
 bool readFile(const std::string& path, size_t limit, std::string& out);
+
+// Replaces the file at `target` (a real path) with `content`: a temporary
+// file flushed and renamed over it. A new file gets `newFileMode` whatever
+// the umask; a replaced one keeps its permissions.
+bool writeAtomically(const std::string& target, const std::string& content, mode_t newFileMode);
 
 }  // namespace host
 }  // namespace velmar

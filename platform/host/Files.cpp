@@ -47,21 +47,7 @@ bool readFile(const std::string& path, size_t limit, std::string& out) {
     return ok;
 }
 
-}  // namespace host
-
-namespace utils {
-
 namespace {
-
-// No configuration file is anywhere near this; a larger one is cut here.
-constexpr size_t kMaxConfigBytes = 1024 * 1024;
-
-std::string trim(const std::string& text) {
-    size_t begin = text.find_first_not_of(" \t\r");
-    if (begin == std::string::npos) return std::string();
-    size_t end = text.find_last_not_of(" \t\r");
-    return text.substr(begin, end - begin + 1);
-}
 
 bool writeAll(int fd, const std::string& content) {
     const char* data = content.data();
@@ -78,20 +64,12 @@ bool writeAll(int fd, const std::string& content) {
 
 }  // namespace
 
-std::string FileUtils::devicePath(const std::string& path) {
-    const char* root = std::getenv("VELMAR_ROOT");
-    if (root == nullptr || root[0] == '\0' || path.empty() || path[0] != '/') return path;
-    std::string base = root;
-    while (!base.empty() && base.back() == '/')
-        base.pop_back();
-    return base + path;
-}
-
-bool FileUtils::writeAtomically(const std::string& path, const std::string& content) {
-    const std::string target = devicePath(path);
+bool writeAtomically(const std::string& target, const std::string& content, mode_t newFileMode) {
     if (target.empty() || target.back() == '/') return false;
-    // The replacement keeps the permissions of the file it replaces.
-    mode_t mode = 0644;
+    // The replacement keeps the permissions of the file it replaces. The
+    // temporary file is 0600 from the start, so a private value is never
+    // readable by others, not even for a moment.
+    mode_t mode = newFileMode & 07777;
     struct stat old;
     if (::stat(target.c_str(), &old) == 0) {
         if (!S_ISREG(old.st_mode)) return false;
@@ -116,6 +94,37 @@ bool FileUtils::writeAtomically(const std::string& path, const std::string& cont
         ::close(dirFd);
     }
     return true;
+}
+
+}  // namespace host
+
+namespace utils {
+
+namespace {
+
+// No configuration file is anywhere near this; a larger one is cut here.
+constexpr size_t kMaxConfigBytes = 1024 * 1024;
+
+std::string trim(const std::string& text) {
+    size_t begin = text.find_first_not_of(" \t\r");
+    if (begin == std::string::npos) return std::string();
+    size_t end = text.find_last_not_of(" \t\r");
+    return text.substr(begin, end - begin + 1);
+}
+
+}  // namespace
+
+std::string FileUtils::devicePath(const std::string& path) {
+    const char* root = std::getenv("VELMAR_ROOT");
+    if (root == nullptr || root[0] == '\0' || path.empty() || path[0] != '/') return path;
+    std::string base = root;
+    while (!base.empty() && base.back() == '/')
+        base.pop_back();
+    return base + path;
+}
+
+bool FileUtils::writeAtomically(const std::string& path, const std::string& content) {
+    return host::writeAtomically(devicePath(path), content, 0644);
 }
 
 ConfigFile::ConfigFile(const std::string& path) {
