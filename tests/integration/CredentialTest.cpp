@@ -1,8 +1,10 @@
 // Registration, the device token pair and the administrator through the host
 // port against the local cloud.
 #include <json-c/json.h>
+#include <chrono>
 
 #include "CloudFixture.h"
+#include "TestHooks.h"
 #include "velmar/quil/QuilConfigUtils.h"
 #include "velmar/quil/api/DeviceAPI.h"
 #include "velmar/quil/api/PresenceAPI.h"
@@ -104,6 +106,16 @@ TEST_F(CredentialTest, AdminSyncBindsChangesAndUnbindsThroughTheBindScript) {
     cloudAdmin(-1);
     EXPECT_EQ(synced(false), -1);
     EXPECT_EQ(velmar::testing::readFile(root() / "bind.log"), "bind\nbind\nunbind\n");
+
+    // A bind script that never returns is killed at its deadline, and the
+    // administrator lock is free again.
+    std::ofstream(script) << "#!/bin/sh\nsleep 30\n";
+    velmar::host::detail::setToolTimeoutMsForTest(300);
+    cloudAdmin(70003);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(synced(false), 70003);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    velmar::host::detail::setToolTimeoutMsForTest(0);
 
     EXPECT_TRUE(QuilConfigUtils::clearAdminStatus());
     EXPECT_FALSE(fs::exists(devicePath("/data/device/uid")));
