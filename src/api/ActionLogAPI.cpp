@@ -47,7 +47,7 @@ utils::ErrorType ActionLogAPI::upload(std::string& response, const std::string& 
     params["payload"] = payload;
     params["_nonce"] = nonce;
     const std::string body = http::HTTPRequest::encodeHTTPParams(params);
-    const std::string path = "/action/v2/c/" + did;
+    const std::string path = "/action/v2/c/" + detail::pathSegment(did);
     int status = -1;
     utils::ErrorType error = utils::ERROR_NONE;
     std::string errorMessage;

@@ -100,6 +100,15 @@ ErrorType DeviceAPI::request(std::string& response, int& httpStatus, const std::
         cookies["signatureV2"] = signature;
         cookies["deviceTokenV2"] = token;
     }
+    // A stored value holding a separator would add a cookie of its own (a
+    // forged "userId"), a line break would end the header: nothing is sent.
+    for (const auto& [name, value] : cookies) {
+        if (!detail::isCookieValue(value)) {
+            VLOG(4) << "cookie \"" << name
+                    << "\" refused: its value holds ';', ',' or a control character";
+            return ERROR_HTTP_FAILED;
+        }
+    }
     const std::vector<std::string> headers{HTTPRequest::buildCookieHeader(cookies)};
 
     std::string body;

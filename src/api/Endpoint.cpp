@@ -1,6 +1,7 @@
 #include "api/Endpoint.h"
 
 #include <cstdio>
+#include <cstring>
 
 #include "velmar/quil/api/DeviceAPI.h"
 
@@ -20,6 +21,30 @@ utils::ErrorType sendSigned(std::string& response, const std::string& baseUrl,
 
 json_object* parseAnswer(json::JSONObjectCleaner& cleaner, const std::string& text) {
     return cleaner.add(json_tokener_parse(text.c_str()));
+}
+
+std::string pathSegment(const std::string& value) {
+    static const char kHex[] = "0123456789ABCDEF";
+    const bool dots = value == "." || value == "..";
+    std::string out;
+    out.reserve(value.size());
+    for (unsigned char c : value) {
+        if (dots || c <= ' ' || c == 0x7f || std::strchr("/\\?#%", c) != nullptr) {
+            out += '%';
+            out += kHex[c >> 4];
+            out += kHex[c & 15];
+        } else {
+            out += static_cast<char>(c);
+        }
+    }
+    return out;
+}
+
+bool isCookieValue(const std::string& value) {
+    for (unsigned char c : value) {
+        if (c < ' ' || c == 0x7f || c == ';' || c == ',') return false;
+    }
+    return true;
 }
 
 std::string decimal(long long value) {

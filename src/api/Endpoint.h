@@ -28,6 +28,17 @@ utils::ErrorType sendSigned(std::string& response, const std::string& baseUrl,
 // the text is not JSON.
 json_object* parseAnswer(json::JSONObjectCleaner& cleaner, const std::string& text);
 
+// A caller's value made one path segment of a URL: the characters that would
+// end the segment, start a query or fragment, or escape ('/', '\\', '?',
+// '#', '%', blanks and control characters) are percent-encoded, and so is a
+// whole "." or ".." that would climb the path. Any other value is returned
+// byte for byte.
+std::string pathSegment(const std::string& value);
+
+// True when `value` can stand in a Cookie header: no ';' or ',' that would
+// start another cookie, no control character that would end the line.
+bool isCookieValue(const std::string& value);
+
 // Decimal text of an integer, as the services expect it ("%lld" / "%llu").
 std::string decimal(long long value);
 std::string decimalUnsigned(unsigned long long value);

@@ -98,7 +98,7 @@ bool LogUploadAPI::upload(std::string& response, const std::string& uploadID,
 
     const std::string body = http::HTTPRequest::encodeHTTPParams(params);
     const std::string baseUrl = detail::configuredUrl(utils::ConfigFile::sVeWiFiLOGURL);
-    const std::string path = "/log/common/" + uploadID;
+    const std::string path = "/log/common/" + detail::pathSegment(uploadID);
     int status = -1;
     utils::ErrorType error = utils::ERROR_NONE;
     std::string errorMessage;
@@ -118,8 +118,8 @@ bool LogUploadAPI::upload(std::string& response, const std::string& uploadID,
 bool LogUploadAPI::uploadLite(std::string& response, const std::string& uploadID,
                               const std::string& version, const std::string& id,
                               const std::string& timestamp, const std::string& payloadPath) {
-    const std::string url =
-        detail::configuredUrl(utils::ConfigFile::sVeWiFiLOGURL) + "/log/lite/common/" + uploadID;
+    const std::string url = detail::configuredUrl(utils::ConfigFile::sVeWiFiLOGURL) +
+                            "/log/lite/common/" + detail::pathSegment(uploadID);
     const std::string nonce = utils::UUIDUtils::generate();
     const std::string extra = extraData(version, "tar.gz");
 

@@ -86,8 +86,8 @@ bool UpgradeAPI::checkUpgrade(std::string& link, long long& size, const std::str
     computeS(s, params, key);
     params["s"] = s;
 
-    const std::string url =
-        detail::configuredUrl(utils::ConfigFile::sVeWiFiAPIURL) + path + platform;
+    const std::string url = detail::configuredUrl(utils::ConfigFile::sVeWiFiAPIURL) + path +
+                            detail::pathSegment(platform);
     const std::string query = HTTPRequest::encodeHTTPParams(params);
     VLOG(2) << "URL: " << url;
     VLOG(2) << "Params: " << query;

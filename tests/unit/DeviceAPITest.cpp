@@ -156,6 +156,38 @@ TEST_F(DeviceAPITest, TransportFailureIs604AndLeavesTheResponseAlone) {
     EXPECT_EQ(response, "{\"code\":500}");
 }
 
+TEST_F(DeviceAPITest, AStoredValueThatWouldForgeACookieOrEndTheLineSendsNothing) {
+    const std::pair<const char*, const char*> hostile[] = {
+        {"sn", "SN1; userId=1"}, {"sn", "SN1,x=2"}, {"deviceid", "7300\r\nX-Evil: 1"},
+        {"sn", "SN1\x01"},       {"sn", "SN1\x7f"}, {"device_token", "tok;en"},
+    };
+    for (const auto& [name, value] : hostile) {
+        SCOPED_TRACE(name + std::string("=") + value);
+        fake::reset();
+        SetUp();
+        fake::setDeviceValue(name, value);
+        std::string response = "previous";
+        int status = -1;
+        EXPECT_EQ(DeviceAPI::request(response, status, kBase, "/p", "GET", {}), 604);
+        EXPECT_TRUE(fake::calls().empty());
+        EXPECT_EQ(response, "previous");
+        const std::string cookie = std::string(name) == "deviceid"       ? "deviceId"
+                                   : std::string(name) == "device_token" ? "deviceTokenV2"
+                                                                         : "sn";
+        EXPECT_TRUE(fake::loggedExactly("cookie \"" + cookie +
+                                            "\" refused: its value holds ';', ',' or a control "
+                                            "character",
+                                        4));
+        for (const auto& line : fake::logs())
+            EXPECT_EQ(line.text.find(value), std::string::npos) << line.text;
+    }
+    // Quotes, blanks, '=' and bytes beyond ASCII are a cookie value's own.
+    fake::reset();
+    SetUp();
+    fake::setDeviceValue("sn", "SN \"1\"=\xc3\xa9");
+    EXPECT_EQ(sentCookies().at("sn"), "SN \"1\"=\xc3\xa9");
+}
+
 TEST_F(DeviceAPITest, EndpointsSendTheirShapeAndEmptyTheResponseOnFailure) {
     fake::pushBody("{\"online\":true}");
     std::string response;

@@ -247,6 +247,37 @@ TEST_F(DirectTest, ActionLogNonceIsAUuidGroupAndBigEndianMinutes) {
     EXPECT_NE(failed.find("success: 0\nstatusCode: 0\n"), std::string::npos) << failed;
 }
 
+TEST_F(DirectTest, CallerValuesInAPathStayOneSegment) {
+    const std::pair<const char*, const char*> segments[] = {
+        {"quil.speaker-v2_~+=@:!$&'()*,;\xc3\xa9", "quil.speaker-v2_~+=@:!$&'()*,;\xc3\xa9"},
+        {"../../admin", "..%2F..%2Fadmin"},
+        {"..", "%2E%2E"},
+        {".", "%2E"},
+        {"a?b#c%d e\\f", "a%3Fb%23c%25d%20e%5Cf"},
+        {"x\r\ny\x7f", "x%0D%0Ay%7F"},
+    };
+    for (const auto& [value, sent] : segments) {
+        SCOPED_TRACE(value);
+        fake::reset();
+        SetUp();
+        std::string link;
+        long long size = 0;
+        UpgradeAPI::checkUpgrade(link, size, value, "f", "1", "c", "l", "CN");
+        std::string response;
+        LogUploadAPI::upload(response, value, "1", "d", "p");
+        ::testing::internal::CaptureStdout();
+        ActionLogAPI::upload(response, value, "rec", "https://collector.test");
+        ::testing::internal::GetCapturedStdout();
+        ASSERT_EQ(fake::calls().size(), 4u) << "the upgrade check retries once";
+        EXPECT_EQ(fake::calls().at(0).url,
+                  std::string("https://upgrade.test/rs/grayupgrade/v2/") + sent);
+        EXPECT_EQ(fake::calls().at(0).decodedParams().at("platform"), value)
+            << "the query keeps it";
+        EXPECT_EQ(fake::calls().at(2).path, std::string("/log/common/") + sent);
+        EXPECT_EQ(fake::calls().at(3).path, std::string("/action/v2/c/") + sent);
+    }
+}
+
 TEST_F(DirectTest, BindPostsAFreshRequestIdAndIgnoresTheStatus) {
     std::string response;
     fake::pushBody("{\"code\":9}", 500);
