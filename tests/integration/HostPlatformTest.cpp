@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -17,6 +18,7 @@
 #include <gtest/gtest.h>
 
 #include "CloudFixture.h"
+#include "TestHooks.h"
 #include "velmar/crypto/RandomUtils.h"
 #include "velmar/device/DeviceInfo.h"
 #include "velmar/utils/ConfigFile.h"
@@ -182,11 +184,47 @@ TEST_F(HostPlatformTest, SettersKeepTheValueWholeAndFailWithoutAStore) {
         EXPECT_TRUE(v.set == nullptr || v.set("1") == -1) << v.file;
     EXPECT_EQ(uid_clean(), 0);
 
-    for (const char* valid : {"0", "12345", "-1", "-88123"})
+    for (const char* valid :
+         {"0", "12345", "-1", "-88123", "9223372036854775807", "-9223372036854775808"})
         EXPECT_EQ(uid_isvalid_str(valid), 0) << valid;
-    for (const char* invalid : {"", "-", "12a", " 1", "1 ", "+1", "--1", "1-2"})
+    for (const char* invalid :
+         {"", "-", "12a", " 1", "1 ", "+1", "--1", "1-2", "9223372036854775808",
+          "-9223372036854775809", "99999999999999999999"})
         EXPECT_NE(uid_isvalid_str(invalid), 0) << invalid;
     EXPECT_NE(uid_isvalid_str(nullptr), 0);
+}
+
+TEST_F(HostPlatformTest, CredentialsAreStoredPrivateAndLineEndsAreCut) {
+    const mode_t umaskBefore = ::umask(0);
+    const struct {
+        const char* file;
+        int (*set)(const char*);
+        mode_t mode;
+    } rows[] = {
+        {"channel_secret", channel_secret_set, 0600},
+        {"device_token", device_token_set, 0600},
+        {"device_token_sign", device_token_sign_set, 0600},
+        {"deviceid", deviceid_set, 0644},
+        {"broker_host", broker_host_set, 0644},
+    };
+    for (const auto& row : rows) {
+        struct stat info;
+        EXPECT_GE(row.set("value"), 0) << row.file;
+        ASSERT_EQ(stat(path("/data/device/").append(row.file).c_str(), &info), 0);
+        EXPECT_EQ(info.st_mode & 0777, row.mode) << row.file << " created";
+        chmod(path("/data/device/").append(row.file).c_str(), 0640);
+        EXPECT_GE(row.set("again"), 0) << row.file;
+        ASSERT_EQ(stat(path("/data/device/").append(row.file).c_str(), &info), 0);
+        EXPECT_EQ(info.st_mode & 0777, 0640u) << row.file << " replaced";
+    }
+    ::umask(umaskBefore);
+
+    char buf[64];
+    for (const char* stored : {"7300\r\n", "7300\r", "7300\n"}) {
+        write("/data/device/deviceid", stored);
+        ASSERT_EQ(deviceid_get(buf, sizeof(buf)), 0);
+        EXPECT_STREQ(buf, "7300") << "stored as " << ::testing::PrintToString(stored);
+    }
 }
 
 TEST_F(HostPlatformTest, DeviceFilesAreReadBoundedAndReplacedWhole) {
@@ -283,6 +321,53 @@ TEST_F(HostPlatformTest, CommandsRunDeviceToolsFromTheRootAndReportTheirStatus) 
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "every child was reaped";
 }
 
+TEST_F(HostPlatformTest, ToolsEndWhenTheyExitOrAtTheirDeadlineWithTheirProcessGroup) {
+    // Whether `pid` still runs: gone, or a zombie waiting for its new parent.
+    auto running = [](const std::string& pid) {
+        const std::string stat = velmar::testing::readFile("/proc/" + pid + "/stat");
+        const size_t close = stat.rfind(')');
+        return close != std::string::npos && stat.compare(close, 4, ") Z ") != 0;
+    };
+    velmar::host::detail::setToolTimeoutMsForTest(400);
+    const struct {
+        const char* script;
+        int status;
+        const char* output;
+    } rows[] = {
+        {"echo at once", 0, "at once\n"},
+        // A background child keeps the pipe open long after the tool is gone.
+        {"sleep 30 & echo $! > \"$VELMAR_ROOT/data/status/pid\"; echo left a child", 0,
+         "left a child\n"},
+        {"sleep 30 & echo $! > \"$VELMAR_ROOT/data/status/pid\"; echo hangs; sleep 30", -1,
+         "hangs\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.script);
+        fs::remove(path("/data/status/pid"));
+        std::string output;
+        const auto start = std::chrono::steady_clock::now();
+        setenv("VELMAR_LOG_STDERR", "1", 1);
+        ::testing::internal::CaptureStderr();
+        EXPECT_EQ(ExecUtils::exec(output, std::string("sh -c '") + row.script + "'"), row.status);
+        const std::string logs = ::testing::internal::GetCapturedStderr();
+        unsetenv("VELMAR_LOG_STDERR");
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1400));
+        EXPECT_EQ(output, row.output);
+        EXPECT_EQ(logs.find("no exit within 400 ms") != std::string::npos, row.status == -1)
+            << logs;
+        const std::string child = read("/data/status/pid");
+        if (child.empty()) continue;
+        const std::string pid = child.substr(0, child.size() - 1);
+        // Only the tool that overran has its whole group killed.
+        for (int i = 0; i < 100 && running(pid) && row.status == -1; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        EXPECT_EQ(running(pid), row.status == 0);
+        ::kill(std::stoi(pid), SIGKILL);
+    }
+    velmar::host::detail::setToolTimeoutMsForTest(0);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "every child was reaped";
+}
+
 TEST(HostLoggingTest, LinesCarryTheirSourceAndReachStandardErrorWhole) {
     ::testing::internal::CaptureStderr();
     VLOG(2) << "not mirrored";
@@ -317,6 +402,48 @@ TEST(HostLoggingTest, LinesCarryTheirSourceAndReachStandardErrorWhole) {
             << "a line mixed with another: " << entry.substr(0, 100);
     }
     EXPECT_EQ(whole, 200);
+}
+
+TEST(HostLoggingTest, CredentialsAreMaskedAndControlCharactersEscaped) {
+    const struct {
+        const char* statement;
+        const char* line;
+    } rows[] = {
+        // The signed request's parameters and cookies.
+        {"!!!!!!params is :requestId=42&token=abcdefghijklmnop&x=1",
+         "!!!!!!params is :requestId=42&token=abcd***&x=1"},
+        {"Cookie: deviceId=7300; deviceToken=Zm9vYmFyYmF6cXV4+/==; deviceTokenV2=t0k3n-1234567; "
+         "nonce=n; signatureV2=SIGNATURE_VALUE_1",
+         "Cookie: deviceId=7300; deviceToken=Zm9v***; deviceTokenV2=t0k***; nonce=n; "
+         "signatureV2=SIGN***"},
+        // Signatures of the directly addressed services, names in any case.
+        {"Params: _s=abcdefgh&s=0123456789abcdef&sn=SN1&B64SIGN=qwertyuiop",
+         "Params: _s=ab***&s=0123***&sn=SN1&B64SIGN=qw***"},
+        // JSON answers: strings masked, numbers and objects under "data" left alone.
+        {"veot token download response: {\"code\":0,\"data\":{\"sessionID\" : \"sess-1234567890x\","
+         "\"token\":\"tok\\\"en-abcdefghij\",\"expire\":3600}}",
+         "veot token download response: {\"code\":0,\"data\":{\"sessionID\" : \"sess***\","
+         "\"token\":\"tok***\",\"expire\":3600}}"},
+        {"Invalid response: {\"code\":0,\"data\":\"keep-alive-key-0001\"}",
+         "Invalid response: {\"code\":0,\"data\":\"keep***\"}"},
+        {"{\"data\":-1,\"txAccessToken\":\"\",\"txRefreshToken\":\"ab\"}",
+         "{\"data\":-1,\"txAccessToken\":\"\",\"txRefreshToken\":\"***\"}"},
+        // Names that merely contain a credential's name, or carry no value.
+        {"tokens=1&mytoken=2&token&sign-in=3 status: 200",
+         "tokens=1&mytoken=2&token&sign-in=3 status: 200"},
+        // An answer cannot end the line or forge another.
+        {"Invalid result: a\r\nbook.cpp:1: forged\tline\x01\x7f",
+         "Invalid result: a\\r\\nbook.cpp:1: forged\\tline\\x01\\x7f"},
+    };
+    setenv("VELMAR_LOG_STDERR", "1", 1);
+    for (const auto& row : rows) {
+        ::testing::internal::CaptureStderr();
+        VLOG(2) << row.statement;
+        const std::string logged = ::testing::internal::GetCapturedStderr();
+        const size_t text = logged.find(": ", logged.find(".cpp:"));
+        EXPECT_EQ(logged.substr(text + 2), std::string(row.line) + "\n") << row.statement;
+    }
+    unsetenv("VELMAR_LOG_STDERR");
 }
 
 TEST(HostRandomTest, UuidsAndRandomBytesComeFromTheSystemSource) {
