@@ -103,10 +103,13 @@ void closeFrom(int first, int highest) {
         ::close(fd);
 }
 
+enum class Outcome { Exited, TimedOut, Lost };
+
 // Reads the tool's output into `output` until the tool has exited, and
-// reaps it into `status`; false when the deadline passed first, after the
-// tool's process group was killed and the tool reaped.
-bool collect(pid_t pid, int fd, int timeoutMs, std::string& output, int& status) {
+// reaps it into `status`. TimedOut when the deadline passed first: the tool's
+// process group is then killed and the tool reaped. Lost when its exit could
+// not be read (a daemon that ignores SIGCHLD has its children reaped for it).
+Outcome collect(pid_t pid, int fd, int timeoutMs, std::string& output, int& status) {
     using Clock = std::chrono::steady_clock;
     const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
     ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
@@ -127,8 +130,8 @@ bool collect(pid_t pid, int fd, int timeoutMs, std::string& output, int& status)
             const size_t room = kMaxOutputBytes - output.size();
             output.append(buffer, std::min(static_cast<size_t>(n), room));
         }
-        if (reaped == pid) return true;
-        if (reaped < 0 && errno != EINTR) return false;
+        if (reaped == pid) return Outcome::Exited;
+        if (reaped < 0 && errno != EINTR) return Outcome::Lost;
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
         if (left <= 0) break;
@@ -143,7 +146,7 @@ bool collect(pid_t pid, int fd, int timeoutMs, std::string& output, int& status)
     ::kill(pid, SIGKILL);
     while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
-    return false;
+    return Outcome::TimedOut;
 }
 
 }  // namespace
@@ -198,10 +201,14 @@ int ExecUtils::exec(std::string& output, const std::string& command) {
 
     const int timeoutMs = host::detail::toolTimeoutMs();
     int status = 0;
-    const bool finished = collect(pid, pipeFds[0], timeoutMs, output, status);
+    const Outcome outcome = collect(pid, pipeFds[0], timeoutMs, output, status);
     ::close(pipeFds[0]);
-    if (!finished) {
+    if (outcome == Outcome::TimedOut) {
         VLOG(4) << "tool killed: no exit within " << timeoutMs << " ms: " << command;
+        return -1;
+    }
+    if (outcome == Outcome::Lost) {
+        VLOG(4) << "tool's exit status lost (SIGCHLD ignored?): " << command;
         return -1;
     }
     if (WIFEXITED(status)) return WEXITSTATUS(status);
