@@ -251,6 +251,21 @@ Scripted Scripted::oversize(size_t bytes) {
     return s;
 }
 
+Scripted Scripted::resetMidAnswer(const std::string& body) {
+    Scripted s;
+    s.kind = Kind::ResetMidAnswer;
+    s.body = body;
+    return s;
+}
+
+Scripted Scripted::trickle(size_t bytes, int everyMs) {
+    Scripted s;
+    s.kind = Kind::Trickle;
+    s.trickleBytes = bytes;
+    s.trickleMs = everyMs;
+    return s;
+}
+
 struct Cloud::Impl {
     explicit Impl(const Options& o) : options(o) {}
 
@@ -305,6 +320,8 @@ struct Cloud::Impl {
     std::optional<Scripted> takeScript(const std::string& path);
     std::string answerWithRoute(const Received& request, httplib::Response& response);
     void resetConnection(const Received& request);
+    // Resets the connection (RST) at once, where a shutdown would close it.
+    void abortConnection(const Received& request);
     // Sleeps `ms` or until stop(); false when stopping.
     bool sleepUnlessStopped(int ms);
     bool isStopping();
@@ -616,6 +633,16 @@ void Cloud::Impl::resetConnection(const Received& request) {
     shutDownConnections(address, port, request.remoteAddr, request.remotePort);
 }
 
+void Cloud::Impl::abortConnection(const Received& request) {
+    // Connecting a TCP socket to AF_UNSPEC disconnects it, with a reset when
+    // the connection was established.
+    forEachConnection(address, port, request.remoteAddr, request.remotePort, [](int fd) {
+        sockaddr unspecified{};
+        unspecified.sa_family = AF_UNSPEC;
+        connect(fd, &unspecified, sizeof(unspecified));
+    });
+}
+
 void Cloud::Impl::serve(const httplib::Request& request, httplib::Response& response,
                         const Body& body) {
     const Received r = record(request, body);
@@ -693,6 +720,46 @@ void Cloud::Impl::serve(const httplib::Request& request, httplib::Response& resp
                         return sink.write(filler.data(), std::min(length, filler.size()));
                     });
                 outcome = "200 oversize " + std::to_string(s.oversizeBytes) + " bytes";
+                break;
+            }
+            case Scripted::Kind::ResetMidAnswer: {
+                // The headers are out before the provider is first asked for
+                // body bytes; the pause lets the client read them first.
+                response.status = s.status;
+                response.set_content_provider(std::max<size_t>(s.body.size(), 1), s.contentType,
+                                              [this, r](size_t, size_t, httplib::DataSink&) {
+                                                  sleepUnlessStopped(20);
+                                                  abortConnection(r);
+                                                  return false;
+                                              });
+                outcome = "reset after the headers";
+                break;
+            }
+            case Scripted::Kind::Trickle: {
+                if (s.body.empty()) {
+                    outcome = answerWithRoute(r, response);
+                } else {
+                    Reply reply;
+                    reply.status = s.status;
+                    reply.body = s.body;
+                    reply.contentType = s.contentType;
+                    outcome = "scripted " + apply(reply, response);
+                }
+                auto body = std::make_shared<const std::string>(std::move(response.body));
+                response.body.clear();
+                const std::string type = response.get_header_value("Content-Type");
+                response.headers.erase("Content-Type");
+                const size_t step = std::max<size_t>(s.trickleBytes, 1);
+                const int everyMs = s.trickleMs;
+                response.set_content_provider(
+                    body->size(), type,
+                    [this, body, step, everyMs](size_t offset, size_t length,
+                                                httplib::DataSink& sink) {
+                        if (offset > 0 && !sleepUnlessStopped(everyMs)) return false;
+                        return sink.write(body->data() + offset, std::min(step, length));
+                    });
+                outcome += " trickled " + std::to_string(step) + " bytes every " +
+                           std::to_string(everyMs) + " ms";
                 break;
             }
         }

@@ -52,15 +52,4 @@ TYPED_TEST(SignedRequestTest, CloudRefusesATamperedSecret) {
     EXPECT_EQ(status, 200);
 }
 
-TYPED_TEST(SignedRequestTest, DeadServerGives604AndTheFailureLine) {
-    const std::string deadUrl = this->baseUrl();
-    this->cloud().stop();
-    std::string response = "stale";
-    const std::string logged =
-        this->logsOf([&] { EXPECT_EQ(PresenceAPI::getPresence(response, deadUrl), 604); });
-    EXPECT_EQ(response, "");
-    EXPECT_NE(logged.find("httpRequest() failed (requestId: "), std::string::npos) << logged;
-    EXPECT_NE(logged.find("error code: Error (code: 602"), std::string::npos) << logged;
-}
-
 }  // namespace

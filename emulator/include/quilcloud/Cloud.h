@@ -58,6 +58,12 @@ struct Scripted {
         Reset,     // close the connection without answering
         Truncate,  // announce the full length of body, send half of it, close
         Oversize,  // a 200 answer of oversizeBytes bytes
+        // Send the status line and headers announcing body, then reset the
+        // connection (RST) without a byte of the body.
+        ResetMidAnswer,
+        // Answer normally (the route, or body if set), trickleBytes of the
+        // body every trickleMs.
+        Trickle,
     };
     Kind kind = Kind::Answer;
     int status = 200;
@@ -65,6 +71,8 @@ struct Scripted {
     std::string contentType = "application/json";
     int delayMs = 0;
     size_t oversizeBytes = 0;
+    size_t trickleBytes = 0;
+    int trickleMs = 0;
     int times = -1;  // how many requests it applies to; -1 for all
 
     static Scripted answer(int status, const std::string& body);
@@ -72,6 +80,8 @@ struct Scripted {
     static Scripted reset();
     static Scripted truncate(const std::string& body);
     static Scripted oversize(size_t bytes);
+    static Scripted resetMidAnswer(const std::string& body);
+    static Scripted trickle(size_t bytes, int everyMs);
 };
 
 using Handler = std::function<void(const Received&, Reply&)>;
