@@ -243,6 +243,8 @@ CURLcode configureContext(CURL*, void* sslContext, void* data) {
 
 }  // namespace
 
+ConnectionRules::ConnectionRules() : mDatesUnchecked(clockBeforeBuild()) {}
+
 CURLcode ConnectionRules::apply(CURL* curl, const std::string& url, std::string& error) {
     CURLcode code = CURLE_OK;
     auto set = [&code, curl](CURLoption option, auto value) {
@@ -282,11 +284,10 @@ CURLcode ConnectionRules::apply(CURL* curl, const std::string& url, std::string&
             set(CURLOPT_CA_CACHE_TIMEOUT, 0L);
 #endif
         }
-        const bool datesUnchecked = clockBeforeBuild();
+        const bool datesUnchecked = mDatesUnchecked;
         noteClockState(datesUnchecked);
-        // No TLS session is kept from, or resumed into, a connection whose
-        // dates went unchecked; the setting also keeps libcurl from reusing
-        // such a connection once the clock is right.
+        // No TLS session is kept from a connection whose dates went
+        // unchecked, to be resumed once the clock is right.
         set(CURLOPT_SSL_SESSIONID_CACHE, datesUnchecked ? 0L : 1L);
         set(CURLOPT_SSL_CTX_FUNCTION, static_cast<curl_ssl_ctx_callback>(configureContext));
         set(CURLOPT_SSL_CTX_DATA,

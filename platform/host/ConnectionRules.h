@@ -31,6 +31,14 @@ namespace detail {
 
 class ConnectionRules {
   public:
+    // Reads the clock once: one decision for the whole transfer.
+    ConnectionRules();
+
+    // True when the system clock read earlier than this build: the transfer
+    // will not check certificate dates. A caller that keeps connections open
+    // must not let one made in that state serve a call made in the other.
+    bool datesUnchecked() const { return mDatesUnchecked; }
+
     // Sets the rules on `curl` for one transfer to `url`. Returns CURLE_OK;
     // CURLE_SSL_CACERT_BADFILE when the bundle $VELMAR_CA_FILE names cannot
     // be read; otherwise the code of the option libcurl refused. `error`
@@ -39,6 +47,7 @@ class ConnectionRules {
     CURLcode apply(CURL* curl, const std::string& url, std::string& error);
 
   private:
+    bool mDatesUnchecked;
     std::shared_ptr<const std::string> mExtraBundle;
 };
 

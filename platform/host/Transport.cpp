@@ -88,7 +88,7 @@ class Runtime {
 
     bool ready() const { return mShare != nullptr; }
 
-    // A handle and the generation of the pin list it was made under.
+    // A handle and the generation of the pins and clock state it was made under.
     struct Lease {
         CURL* handle = nullptr;
         unsigned generation = 0;
@@ -140,11 +140,17 @@ class Runtime {
     // The --resolve entries for this call: $VELMAR_RESOLVE, plus removals of
     // pins an earlier value set, since the shared DNS cache keeps them. A
     // changed value also retires the pooled handles, whose open connections
-    // were made to the old addresses.
-    std::vector<std::string> pins(unsigned& generation) {
+    // were made to the old addresses; so does a change of the clock state
+    // (`datesUnchecked`), since a connection whose certificate dates went
+    // unchecked must not serve a call once the clock is right.
+    std::vector<std::string> pins(unsigned& generation, bool datesUnchecked) {
         const std::string text = envValue("VELMAR_RESOLVE");
         std::vector<std::string> entries = splitList(text);
         std::lock_guard<std::mutex> lock(mPoolMutex);
+        if (datesUnchecked != mDatesUnchecked) {
+            mDatesUnchecked = datesUnchecked;
+            ++mGeneration;
+        }
         if (text != mResolveText) {
             mResolveText = text;
             ++mGeneration;
@@ -199,6 +205,7 @@ class Runtime {
     std::string mResolveText;
     std::set<std::string> mPinned;
     std::set<std::string> mUnpinned;
+    bool mDatesUnchecked = false;
 };
 
 // One call's request, in the form all four overloads reduce to.
@@ -331,7 +338,6 @@ class Call {
     curl_slist* mHeaders = nullptr;
     curl_slist* mResolve = nullptr;
     curl_slist* mConnectTo = nullptr;
-    detail::ConnectionRules mRules;
 };
 
 bool perform(const Exchange& x, int& status, std::string& response, ErrorType& error,
@@ -361,7 +367,10 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
         return fail(error, errorMessage, ERROR_HTTP_INIT, "libcurl could not be initialised");
     }
     unsigned generation = 0;
-    const std::vector<std::string> pins = runtime.pins(generation);
+    // Declared before the call: it lends libcurl what the transfer needs
+    // until the handle is reset.
+    detail::ConnectionRules rules;
+    const std::vector<std::string> pins = runtime.pins(generation, rules.datesUnchecked());
     Runtime::Lease lease = runtime.acquire(generation);
     if (lease.handle == nullptr) {
         return fail(error, errorMessage, ERROR_HTTP_INIT, "no curl handle");
@@ -413,11 +422,11 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
     option(curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE,
                             static_cast<curl_off_t>(kMaxAnswerBytes)));
     std::string refused;
-    const CURLcode rules = call.mRules.apply(curl, url, refused);
-    if (rules == CURLE_SSL_CACERT_BADFILE) {
+    const CURLcode ruled = rules.apply(curl, url, refused);
+    if (ruled == CURLE_SSL_CACERT_BADFILE) {
         return fail(error, errorMessage, ERROR_HTTP_TLS, refused);
     }
-    if (rules != CURLE_OK) return fail(error, errorMessage, ERROR_HTTP_INIT, refused);
+    if (ruled != CURLE_OK) return fail(error, errorMessage, ERROR_HTTP_INIT, refused);
     if (method == "GET") {
         option(curl_easy_setopt(curl, CURLOPT_HTTPGET, 1L));
     } else if (method == "HEAD") {
