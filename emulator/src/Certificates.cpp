@@ -80,16 +80,22 @@ bool addName(GENERAL_NAMES* names, const std::string& name) {
     return true;
 }
 
-// A certificate for `key` named `commonName`, valid from an hour ago for
-// `days`, its issuer taken from `issuer` (itself when null).
-CertPtr newCertificate(EVP_PKEY* key, const char* commonName, X509* issuer, int days) {
+// A certificate for `key` named `commonName`, valid from an hour ago (or from
+// `notBeforeOffset` seconds from now) for `days`, its issuer taken from
+// `issuer` (itself when null).
+CertPtr newCertificate(EVP_PKEY* key, const char* commonName, X509* issuer, int days,
+                       long long notBeforeOffset = 0) {
+    // Days and seconds apart, as OpenSSL takes them: a long may be 32 bits.
+    const long long from = notBeforeOffset != 0 ? notBeforeOffset : -3600;
+    const int fromDays = static_cast<int>(from / 86400);
+    const long fromSeconds = static_cast<long>(from % 86400);
     CertPtr cert(X509_new());
     BignumPtr serial(BN_new());
     if (!cert || !serial || X509_set_version(cert.get(), 2) != 1 ||
         BN_rand(serial.get(), 127, BN_RAND_TOP_ANY, BN_RAND_BOTTOM_ANY) != 1 ||
         !BN_to_ASN1_INTEGER(serial.get(), X509_get_serialNumber(cert.get())) ||
-        !X509_gmtime_adj(X509_getm_notBefore(cert.get()), -3600) ||
-        !X509_gmtime_adj(X509_getm_notAfter(cert.get()), 86400L * days) ||
+        !X509_time_adj_ex(X509_getm_notBefore(cert.get()), fromDays, fromSeconds, nullptr) ||
+        !X509_time_adj_ex(X509_getm_notAfter(cert.get()), fromDays + days, fromSeconds, nullptr) ||
         X509_set_pubkey(cert.get(), key) != 1) {
         return nullptr;
     }
@@ -125,7 +131,8 @@ bool writePem(const std::string& path, mode_t mode, X509* cert, EVP_PKEY* key) {
 }  // namespace
 
 bool makeCertificates(const std::string& dir, const std::vector<std::string>& extraNames,
-                      CertificateFiles& files, std::string& error) {
+                      long long notBeforeOffsetSeconds, CertificateFiles& files,
+                      std::string& error) {
     KeyPtr caKey = newKey();
     KeyPtr serverKey = newKey();
     if (!caKey || !serverKey) {
@@ -154,7 +161,8 @@ bool makeCertificates(const std::string& dir, const std::vector<std::string>& ex
         return false;
     }
 
-    CertPtr server = newCertificate(serverKey.get(), "localhost", ca.get(), 30);
+    CertPtr server =
+        newCertificate(serverKey.get(), "localhost", ca.get(), 30, notBeforeOffsetSeconds);
     if (!server ||
         !addExtension(server.get(), ca.get(), NID_basic_constraints, "critical,CA:FALSE") ||
         !addExtension(server.get(), ca.get(), NID_key_usage, "critical,digitalSignature") ||

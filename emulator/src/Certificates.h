@@ -15,8 +15,11 @@ struct CertificateFiles {
 // Makes a fresh CA (EC P-256, CA:TRUE) and a server certificate it signs,
 // valid for localhost, 127.0.0.1, ::1 and `extraNames` (an entry that reads
 // as an IP address is added as one, any other as a DNS name), and writes
-// them as PEM into `dir`. False with a reason in `error`.
+// them as PEM into `dir`. The server certificate becomes valid
+// `notBeforeOffsetSeconds` from now (0: an hour ago, as the CA). False with a
+// reason in `error`.
 bool makeCertificates(const std::string& dir, const std::vector<std::string>& extraNames,
-                      CertificateFiles& files, std::string& error);
+                      long long notBeforeOffsetSeconds, CertificateFiles& files,
+                      std::string& error);
 
 }  // namespace quilcloud

@@ -375,7 +375,8 @@ bool Cloud::Impl::start() {
     if (options.tls) {
         if (certificates.caFile.empty() &&
             (!prepareWorkDir() ||
-             !makeCertificates(workDir, options.extraNames, certificates, error))) {
+             !makeCertificates(workDir, options.extraNames,
+                               options.certificateNotBeforeOffsetSeconds, certificates, error))) {
             certificates = CertificateFiles();
             return false;
         }

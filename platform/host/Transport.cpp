@@ -7,8 +7,6 @@
 // concurrent threads, which a shared connection cache would be.)
 #include <arpa/inet.h>
 #include <curl/curl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -19,7 +17,7 @@
 #include <set>
 #include <vector>
 
-#include "FileRead.h"
+#include "ConnectionRules.h"
 #include "FormEncoding.h"
 #include "Resolver.h"
 #include "velmar/http/HTTPRequest.h"
@@ -46,8 +44,6 @@ constexpr size_t kMaxAnswerBytes = 8 * 1024 * 1024;
 constexpr size_t kPooledHandles = 8;
 // A caller that gives no time-out still must not block a daemon forever.
 constexpr int kDefaultTimeoutMs = 30000;
-// Bound on the extra CA bundle read into memory.
-constexpr size_t kMaxCaBundleBytes = 4 * 1024 * 1024;
 
 std::string envValue(const char* name) {
     const char* value = std::getenv(name);
@@ -92,7 +88,7 @@ class Runtime {
 
     bool ready() const { return mShare != nullptr; }
 
-    // A handle and the generation of the pin list it was made under.
+    // A handle and the generation of the pins and clock state it was made under.
     struct Lease {
         CURL* handle = nullptr;
         unsigned generation = 0;
@@ -144,11 +140,17 @@ class Runtime {
     // The --resolve entries for this call: $VELMAR_RESOLVE, plus removals of
     // pins an earlier value set, since the shared DNS cache keeps them. A
     // changed value also retires the pooled handles, whose open connections
-    // were made to the old addresses.
-    std::vector<std::string> pins(unsigned& generation) {
+    // were made to the old addresses; so does a change of the clock state
+    // (`datesUnchecked`), since a connection whose certificate dates went
+    // unchecked must not serve a call once the clock is right.
+    std::vector<std::string> pins(unsigned& generation, bool datesUnchecked) {
         const std::string text = envValue("VELMAR_RESOLVE");
         std::vector<std::string> entries = splitList(text);
         std::lock_guard<std::mutex> lock(mPoolMutex);
+        if (datesUnchecked != mDatesUnchecked) {
+            mDatesUnchecked = datesUnchecked;
+            ++mGeneration;
+        }
         if (text != mResolveText) {
             mResolveText = text;
             ++mGeneration;
@@ -169,39 +171,6 @@ class Runtime {
         return entries;
     }
 
-    // True when libcurl's built-in trust includes a certificate directory
-    // (Debian's /etc/ssl/certs): an extra bundle can then be named as the CA
-    // file, which replaces the built-in file, and the system store still counts.
-    bool hasSystemCaDirectory() const { return mSystemCaDirectory; }
-
-    // The certificates to trust when $VELMAR_CA_FILE names an extra bundle
-    // and there is no such directory:
-    // libcurl's built-in bundle followed by that one, as one in-memory bundle
-    // (an in-memory bundle replaces the built-in file, the built-in directory
-    // stays). Null when the variable is not set, empty when the extra bundle
-    // is unreadable. Read again only when one of the files changed.
-    std::shared_ptr<const std::string> trustedBundle(std::string& path) {
-        path = envValue("VELMAR_CA_FILE");
-        if (path.empty()) return nullptr;
-        const FileStamp extra = stampOf(path);
-        const FileStamp system = stampOf(mSystemCaFile);
-        std::lock_guard<std::mutex> lock(mCaMutex);
-        if (mBundle && path == mBundlePath && extra == mExtraStamp && system == mSystemStamp) {
-            return mBundle;
-        }
-        auto bundle = std::make_shared<std::string>();
-        std::string extraText;
-        if (!extra.found || !readBounded(path, extraText) || extraText.empty()) return bundle;
-        std::string systemText;
-        if (system.found && readBounded(mSystemCaFile, systemText)) *bundle = systemText + "\n";
-        *bundle += extraText;
-        mBundlePath = path;
-        mExtraStamp = extra;
-        mSystemStamp = system;
-        mBundle = bundle;
-        return mBundle;
-    }
-
   private:
     Runtime() {
         if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) return;
@@ -216,43 +185,6 @@ class Runtime {
             return;
         }
         mShare = share;
-#if LIBCURL_VERSION_NUM >= 0x075400
-        if (CURL* probe = curl_easy_init()) {
-            char* file = nullptr;
-            if (curl_easy_getinfo(probe, CURLINFO_CAINFO, &file) == CURLE_OK && file != nullptr) {
-                mSystemCaFile = file;
-            }
-            char* directory = nullptr;
-            struct stat info;
-            mSystemCaDirectory =
-                curl_easy_getinfo(probe, CURLINFO_CAPATH, &directory) == CURLE_OK &&
-                directory != nullptr && ::stat(directory, &info) == 0 && S_ISDIR(info.st_mode);
-            curl_easy_cleanup(probe);
-        }
-#endif
-    }
-
-    struct FileStamp {
-        bool found = false;
-        timespec modified{};
-        off_t size = 0;
-        bool operator==(const FileStamp& o) const {
-            return found == o.found && modified.tv_sec == o.modified.tv_sec &&
-                   modified.tv_nsec == o.modified.tv_nsec && size == o.size;
-        }
-    };
-    static FileStamp stampOf(const std::string& path) {
-        FileStamp stamp;
-        struct stat info;
-        if (!path.empty() && ::stat(path.c_str(), &info) == 0) {
-            stamp.found = true;
-            stamp.modified = info.st_mtim;
-            stamp.size = info.st_size;
-        }
-        return stamp;
-    }
-    static bool readBounded(const std::string& path, std::string& out) {
-        return host::readFile(path, kMaxCaBundleBytes + 1, out) && out.size() <= kMaxCaBundleBytes;
     }
 
     static std::mutex& lockFor(void* self, curl_lock_data data) {
@@ -262,9 +194,7 @@ class Runtime {
     static void lock(CURL*, curl_lock_data data, curl_lock_access, void* self) {
         lockFor(self, data).lock();
     }
-    static void unlock(CURL*, curl_lock_data data, void* self) {
-        lockFor(self, data).unlock();
-    }
+    static void unlock(CURL*, curl_lock_data data, void* self) { lockFor(self, data).unlock(); }
 
     CURLSH* mShare = nullptr;
     std::mutex mLocks[CURL_LOCK_DATA_LAST];
@@ -275,14 +205,7 @@ class Runtime {
     std::string mResolveText;
     std::set<std::string> mPinned;
     std::set<std::string> mUnpinned;
-
-    std::string mSystemCaFile;
-    bool mSystemCaDirectory = false;
-    std::mutex mCaMutex;
-    std::string mBundlePath;
-    FileStamp mExtraStamp;
-    FileStamp mSystemStamp;
-    std::shared_ptr<const std::string> mBundle;
+    bool mDatesUnchecked = false;
 };
 
 // One call's request, in the form all four overloads reduce to.
@@ -415,7 +338,6 @@ class Call {
     curl_slist* mHeaders = nullptr;
     curl_slist* mResolve = nullptr;
     curl_slist* mConnectTo = nullptr;
-    std::shared_ptr<const std::string> mCa;
 };
 
 bool perform(const Exchange& x, int& status, std::string& response, ErrorType& error,
@@ -445,7 +367,10 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
         return fail(error, errorMessage, ERROR_HTTP_INIT, "libcurl could not be initialised");
     }
     unsigned generation = 0;
-    const std::vector<std::string> pins = runtime.pins(generation);
+    // Declared before the call: it lends libcurl what the transfer needs
+    // until the handle is reset.
+    detail::ConnectionRules rules;
+    const std::vector<std::string> pins = runtime.pins(generation, rules.datesUnchecked());
     Runtime::Lease lease = runtime.acquire(generation);
     if (lease.handle == nullptr) {
         return fail(error, errorMessage, ERROR_HTTP_INIT, "no curl handle");
@@ -488,11 +413,6 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
         if (set == CURLE_OK) set = code;
     };
     option(curl_easy_setopt(curl, CURLOPT_URL, url.c_str()));
-#if LIBCURL_VERSION_NUM >= 0x075500
-    option(curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https"));
-#else
-    option(curl_easy_setopt(curl, CURLOPT_PROTOCOLS, long{CURLPROTO_HTTP | CURLPROTO_HTTPS}));
-#endif
     option(curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L));
     option(curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, timeoutMs));
     option(curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, timeoutMs));
@@ -501,33 +421,12 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
     option(curl_easy_setopt(curl, CURLOPT_WRITEDATA, &sink));
     option(curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE,
                             static_cast<curl_off_t>(kMaxAnswerBytes)));
-    option(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 1L));
-    option(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L));
-    const std::string extraCa = envValue("VELMAR_CA_FILE");
-    if (startsWithNoCase(url, "https:") && !extraCa.empty() && runtime.hasSystemCaDirectory()) {
-        // Named as a file, the bundle costs libcurl a name comparison per
-        // call; an in-memory bundle is copied and compared whole every time.
-        if (::access(extraCa.c_str(), R_OK) != 0) {
-            return fail(error, errorMessage, ERROR_HTTP_TLS,
-                        "cannot read the CA bundle " + extraCa + " named by VELMAR_CA_FILE");
-        }
-        option(curl_easy_setopt(curl, CURLOPT_CAINFO, extraCa.c_str()));
-#if LIBCURL_VERSION_NUM >= 0x075700
-        // Read again for every new connection, so that a replaced file counts.
-        option(curl_easy_setopt(curl, CURLOPT_CA_CACHE_TIMEOUT, 0L));
-#endif
-    } else if (startsWithNoCase(url, "https:")) {
-        std::string caPath;
-        call.mCa = runtime.trustedBundle(caPath);
-        if (call.mCa && call.mCa->empty()) {
-            return fail(error, errorMessage, ERROR_HTTP_TLS,
-                        "cannot read the CA bundle " + caPath + " named by VELMAR_CA_FILE");
-        }
-        if (call.mCa) {
-            curl_blob blob{const_cast<char*>(call.mCa->data()), call.mCa->size(), CURL_BLOB_NOCOPY};
-            option(curl_easy_setopt(curl, CURLOPT_CAINFO_BLOB, &blob));
-        }
+    std::string refused;
+    const CURLcode ruled = rules.apply(curl, url, refused);
+    if (ruled == CURLE_SSL_CACERT_BADFILE) {
+        return fail(error, errorMessage, ERROR_HTTP_TLS, refused);
     }
+    if (ruled != CURLE_OK) return fail(error, errorMessage, ERROR_HTTP_INIT, refused);
     if (method == "GET") {
         option(curl_easy_setopt(curl, CURLOPT_HTTPGET, 1L));
     } else if (method == "HEAD") {

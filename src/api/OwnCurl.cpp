@@ -1,37 +1,12 @@
 #include "api/OwnCurl.h"
 
-#include <strings.h>
-
 #include <cstdlib>
-#include <fstream>
 #include <mutex>
 
 namespace velmar {
 namespace quil {
 namespace api {
 namespace detail {
-
-namespace {
-
-// As the host port: a CA bundle larger than this is not read.
-constexpr std::streamsize kMaxCaBundleBytes = 4 * 1024 * 1024;
-
-std::string envValue(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
-
-bool readBounded(const std::string& path, std::string& out) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    out.assign(static_cast<size_t>(kMaxCaBundleBytes) + 1, '\0');
-    in.read(&out[0], kMaxCaBundleBytes + 1);
-    if (in.bad() || in.gcount() > kMaxCaBundleBytes) return false;
-    out.resize(static_cast<size_t>(in.gcount()));
-    return true;
-}
-
-}  // namespace
 
 OwnCurl::OwnCurl() {
     // Once per process, before the first handle; the port may have done it too
@@ -47,35 +22,16 @@ OwnCurl::~OwnCurl() {
 }
 
 bool OwnCurl::applyHostRules(const std::string& url, std::string& error) {
-#if LIBCURL_VERSION_NUM >= 0x075500
-    set(CURLOPT_PROTOCOLS_STR, "http,https");
-#else
-    set(CURLOPT_PROTOCOLS, long{CURLPROTO_HTTP | CURLPROTO_HTTPS});
-#endif
-    set(CURLOPT_SSL_VERIFYPEER, 1L);
-    set(CURLOPT_SSL_VERIFYHOST, 2L);
-
-    // The extra bundle is added to libcurl's own, not put in its place.
-    const std::string caFile = envValue("VELMAR_CA_FILE");
-    if (!caFile.empty() && strncasecmp(url.c_str(), "https:", 6) == 0) {
-        std::string extra;
-        if (!readBounded(caFile, extra) || extra.empty()) {
-            error = "cannot read the CA bundle " + caFile + " named by VELMAR_CA_FILE";
-            return false;
-        }
-        char* builtIn = nullptr;
-#if LIBCURL_VERSION_NUM >= 0x075400
-        curl_easy_getinfo(mHandle, CURLINFO_CAINFO, &builtIn);
-#endif
-        std::string system;
-        if (builtIn != nullptr && readBounded(builtIn, system)) mCaBundle = system + "\n";
-        mCaBundle += extra;
-        curl_blob blob{&mCaBundle[0], mCaBundle.size(), CURL_BLOB_NOCOPY};
-        set(CURLOPT_CAINFO_BLOB, &blob);
+    if (mSet != CURLE_OK) {
+        error = curl_easy_strerror(mSet);
+        return false;
     }
+    mSet = mRules.apply(mHandle, url, error);
+    if (mSet != CURLE_OK) return false;
 
     // "host:port:address" entries, as curl's --resolve takes them.
-    const std::string pins = envValue("VELMAR_RESOLVE");
+    const char* value = std::getenv("VELMAR_RESOLVE");
+    const std::string pins = value != nullptr ? value : "";
     size_t start = 0;
     while (start < pins.size()) {
         size_t end = pins.find(',', start);

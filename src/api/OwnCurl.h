@@ -1,14 +1,16 @@
 // The one libcurl handle the library drives itself (the multipart log
 // upload). The porting layer's transport is out of reach here, since a
 // firmware may link the maker's own port instead of the host one, so this
-// handle applies the host port's connection rules on its own: TLS verified
-// against the system store plus $VELMAR_CA_FILE, $VELMAR_RESOLVE pins, and
-// no protocol but HTTP(S).
+// handle applies the host port's connection rules from the same source the
+// port compiles (host/ConnectionRules.h: proxy, trust, the clock before the
+// build time), plus the $VELMAR_RESOLVE pins.
 #pragma once
 
 #include <curl/curl.h>
 
 #include <string>
+
+#include "host/ConnectionRules.h"
 
 namespace velmar {
 namespace quil {
@@ -40,7 +42,7 @@ class OwnCurl {
     CURL* mHandle = nullptr;
     CURLcode mSet = CURLE_OK;
     curl_slist* mResolve = nullptr;
-    std::string mCaBundle;  // must outlive the transfer: libcurl borrows it
+    http::detail::ConnectionRules mRules;  // must outlive the transfer: libcurl borrows it
 };
 
 }  // namespace detail

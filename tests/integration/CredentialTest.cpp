@@ -4,7 +4,7 @@
 #include <chrono>
 
 #include "CloudFixture.h"
-#include "TestHooks.h"
+#include "host/TestHooks.h"
 #include "velmar/quil/QuilConfigUtils.h"
 #include "velmar/quil/api/DeviceAPI.h"
 #include "velmar/quil/api/PresenceAPI.h"

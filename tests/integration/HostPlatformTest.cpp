@@ -18,7 +18,7 @@
 #include <gtest/gtest.h>
 
 #include "CloudFixture.h"
-#include "TestHooks.h"
+#include "host/TestHooks.h"
 #include "velmar/crypto/RandomUtils.h"
 #include "velmar/device/DeviceInfo.h"
 #include "velmar/utils/ConfigFile.h"

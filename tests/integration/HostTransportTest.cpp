@@ -1,6 +1,6 @@
 // The Linux port's transport against the local cloud: wire form, faults,
-// the size cap, TLS trust, connection reuse, pinned names and the
-// resolver-list overload.
+// the size cap, TLS trust, proxies, the clock before the build time,
+// connection reuse, pinned names and the resolver-list overload.
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -10,11 +10,14 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <thread>
 #include <tuple>
 
 #include "CloudFixture.h"
+#include "host/ConnectionRules.h"
 #include "velmar/http/HTTPRequest.h"
+#include "velmar/quil/api/TimeSyncAPI.h"
 
 using quilcloud::Received;
 using quilcloud::Reply;
@@ -81,6 +84,11 @@ class LoopbackSocket {
     }
     ~LoopbackSocket() { close(fd_); }
     int fd() const { return fd_; }
+    // A connection is waiting to be accepted, without waiting for one.
+    bool connectionPending() const {
+        pollfd entry{fd_, POLLIN, 0};
+        return poll(&entry, 1, 0) == 1;
+    }
     int port() const { return port_; }
     std::string endpoint() const { return "127.0.0.1:" + std::to_string(port_); }
     // Datagrams that arrived, without waiting.
@@ -401,6 +409,149 @@ TEST_F(HostTlsTest, HttpsIsTrustedThroughTheConfiguredAuthorityOnly) {
 
     setenv("VELMAR_CA_FILE", caFile.c_str(), 1);
     EXPECT_TRUE(call(baseUrl(), "/t", "", "GET").ok);
+}
+
+// Proxies from the environment are ignored; $VELMAR_PROXY is the only proxy,
+// whatever no_proxy says. The extra bundle is read again when it changes.
+TEST_F(HostTlsTest, ProxiesAndTheExtraBundleComeFromTheLibrarysOwnVariables) {
+    cloud().route("GET", "/t", [](const Received&, Reply& reply) { reply.json(200, "{}"); });
+    LoopbackSocket proxy(SOCK_STREAM);
+    const std::string proxyUrl = "http://" + proxy.endpoint();
+    const std::string target = "127.0.0.1:" + std::to_string(cloud().port());
+    const char* const environmentProxies[] = {"http_proxy", "https_proxy", "HTTPS_PROXY",
+                                              "all_proxy", "ALL_PROXY"};
+    enum class Outcome { Cloud, NamedProxy, Refused };
+    struct Row {
+        const char* name;
+        bool environmentProxies;
+        std::string velmarProxy;
+        Outcome outcome;
+    };
+    const Row rows[] = {
+        {"environment proxies", true, "", Outcome::Cloud},
+        {"VELMAR_PROXY despite no_proxy", true, proxyUrl, Outcome::NamedProxy},
+        {"VELMAR_PROXY refusing", false, "http://127.0.0.1:1", Outcome::Refused},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        for (const char* name : environmentProxies) {
+            if (row.environmentProxies) {
+                setenv(name, proxyUrl.c_str(), 1);
+            } else {
+                unsetenv(name);
+            }
+        }
+        setenv("no_proxy", "127.0.0.1,localhost", 1);
+        setenv("VELMAR_PROXY", row.velmarProxy.c_str(), 1);
+        cloud().clearReceived();
+        // The named proxy is asked for a tunnel to the cloud, and refuses it.
+        std::string head;
+        std::thread serve;
+        if (row.outcome == Outcome::NamedProxy) {
+            serve = std::thread([&proxy, &head] {
+                int client = accept(proxy.fd(), nullptr, nullptr);
+                ASSERT_GE(client, 0);
+                char buffer[4096];
+                const ssize_t n = recv(client, buffer, sizeof(buffer), 0);
+                if (n > 0) head.assign(buffer, static_cast<size_t>(n));
+                const std::string refusal = "HTTP/1.1 403 Forbidden\r\nContent-Length: 0\r\n\r\n";
+                send(client, refusal.data(), refusal.size(), MSG_NOSIGNAL);
+                close(client);
+            });
+        }
+        Result r = call(baseUrl(), "/t", "", "GET");
+        if (serve.joinable()) serve.join();
+
+        EXPECT_EQ(r.ok, row.outcome == Outcome::Cloud) << r.message;
+        EXPECT_EQ(cloud().received("/t").size(), row.outcome == Outcome::Cloud ? 1u : 0u);
+        EXPECT_EQ(head.rfind("CONNECT " + target + " ", 0),
+                  row.outcome == Outcome::NamedProxy ? 0u : std::string::npos)
+            << head;
+        if (row.outcome == Outcome::Refused) {
+            EXPECT_EQ(r.error, utils::ERROR_HTTP_CONNECT) << r.message;
+        }
+        EXPECT_FALSE(proxy.connectionPending());
+    }
+    for (const char* name : environmentProxies)
+        unsetenv(name);
+    unsetenv("no_proxy");
+    unsetenv("VELMAR_PROXY");
+
+    // A bundle replaced in place counts from the next connection on. (That
+    // the system roots stay trusted beside it cannot be shown here: no
+    // system root vouches for a loopback server.)
+    quilcloud::Cloud::Options options;
+    options.tls = true;
+    quilcloud::Cloud other(options);
+    ASSERT_TRUE(other.start()) << other.error();
+    const std::filesystem::path bundle = root() / "extra-ca.pem";
+    auto install = [&](const std::string& from) {
+        std::filesystem::copy_file(from, root() / "next.pem",
+                                   std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::rename(root() / "next.pem", bundle);
+    };
+    install(cloud().caFile());
+    setenv("VELMAR_CA_FILE", bundle.c_str(), 1);
+    EXPECT_TRUE(call(baseUrl(), "/t", "", "GET").ok);
+    install(other.caFile());
+    EXPECT_EQ(call(baseUrl(), "/t", "", "GET").error, utils::ERROR_HTTP_TLS)
+        << "an open connection made under the old bundle served the call";
+    install(cloud().caFile());
+    EXPECT_TRUE(call(baseUrl(), "/t", "", "GET").ok);
+}
+
+// While the clock reads earlier than the build, certificate dates are not
+// checked (the time service must stay reachable); chain and name still are.
+TEST_F(HostTlsTest, CertificateDatesGoUncheckedOnlyWhileTheClockReadsBeforeTheBuild) {
+    quilcloud::Cloud::Options options;
+    options.tls = true;
+    options.certificateNotBeforeOffsetSeconds = 86400;
+    quilcloud::Cloud future(options);
+    ASSERT_TRUE(future.start()) << future.error();
+    writeConfig({{"sTimeSyncURL", future.baseUrl() + "/time/sync"}});
+    const std::string foreignCa = cloud().caFile();  // did not sign the future certificate
+
+    const long long now = std::chrono::duration_cast<std::chrono::seconds>(
+                              std::chrono::system_clock::now().time_since_epoch())
+                              .count();
+    const long long buildTime = velmar::http::detail::setBuildTimeForTest(0);
+    struct Row {
+        const char* name;
+        long long buildTime;
+        std::string caFile;
+        bool reached;
+        const char* failure;  // in the log when not reached
+        size_t notices;       // lines about unchecked dates during the row
+    };
+    const Row rows[] = {
+        {"clock past the build", now - 86400, future.caFile(), false, "not yet valid", 0},
+        {"clock before the build", now + 2 * 86400, future.caFile(), true, "", 1},
+        {"still before, foreign authority", now + 2 * 86400, foreignCa, false, "TLS failed", 0},
+        {"clock set, no connection kept from before", now - 86400, future.caFile(), false,
+         "not yet valid", 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        velmar::http::detail::setBuildTimeForTest(row.buildTime);
+        setenv("VELMAR_CA_FILE", row.caFile.c_str(), 1);
+        utils::ErrorType result = utils::ERROR_GENERAL;
+        long long serverTime = 0;
+        const std::string logs =
+            logsOf([&] { result = velmar::quil::api::TimeSyncAPI::request(serverTime); });
+        size_t notices = 0;
+        for (size_t at = logs.find("dates are not checked"); at != std::string::npos;
+             at = logs.find("dates are not checked", at + 1))
+            ++notices;
+        EXPECT_EQ(notices, row.notices) << logs;
+        if (row.reached) {
+            EXPECT_EQ(result, utils::ERROR_NONE) << logs;
+            EXPECT_GE(serverTime, now * 1000);
+        } else {
+            EXPECT_EQ(result, utils::ERROR_HTTP_FAILED);
+            EXPECT_NE(logs.find(row.failure), std::string::npos) << logs;
+        }
+    }
+    velmar::http::detail::setBuildTimeForTest(buildTime);
 }
 
 }  // namespace

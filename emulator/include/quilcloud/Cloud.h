@@ -96,6 +96,9 @@ class Cloud {
         std::string deviceStore;  // device-store directory to register the device from; "" = none
         int dnsPort = -1;         // -1: no DNS responder, 0: any free port
         std::vector<std::string> extraNames;  // host names added to the certificate
+        // When not 0, the server certificate becomes valid this many seconds
+        // from now: a certificate "not yet valid" for a client whose clock is right.
+        long long certificateNotBeforeOffsetSeconds = 0;
         // Called with one line per request answered ("GET /path?query -> 200"); none when empty.
         std::function<void(const std::string& line)> requestLog;
     };

@@ -1,0 +1,307 @@
+#include "ConnectionRules.h"
+
+#include <fcntl.h>
+#include <openssl/err.h>
+#include <openssl/pem.h>
+#include <openssl/ssl.h>
+#include <openssl/x509.h>
+#include <strings.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <mutex>
+#include <vector>
+
+#include "velmar/BuildTime.h"
+#include "velmar/utils/Logging.h"
+
+namespace velmar {
+namespace http {
+namespace detail {
+
+namespace {
+
+// Bound on a CA bundle read into memory.
+constexpr size_t kMaxCaBundleBytes = 4 * 1024 * 1024;
+
+std::atomic<long long> gBuildTime{VELMAR_BUILD_TIME};
+
+std::string envValue(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+// What tells that a file was replaced or changed since it was read.
+struct FileStamp {
+    bool found = false;
+    unsigned long long device = 0;
+    unsigned long long inode = 0;
+    long long seconds = 0;
+    long long nanoseconds = 0;
+    long long size = 0;
+    bool operator==(const FileStamp& o) const {
+        return found == o.found && device == o.device && inode == o.inode && seconds == o.seconds &&
+               nanoseconds == o.nanoseconds && size == o.size;
+    }
+};
+
+FileStamp stampOf(const std::string& path) {
+    FileStamp stamp;
+    struct stat info;
+    if (!path.empty() && ::stat(path.c_str(), &info) == 0) {
+        stamp.found = true;
+        stamp.device = static_cast<unsigned long long>(info.st_dev);
+        stamp.inode = static_cast<unsigned long long>(info.st_ino);
+        stamp.seconds = static_cast<long long>(info.st_mtim.tv_sec);
+        stamp.nanoseconds = static_cast<long long>(info.st_mtim.tv_nsec);
+        stamp.size = static_cast<long long>(info.st_size);
+    }
+    return stamp;
+}
+
+// The whole regular file at `path`, when it holds at most kMaxCaBundleBytes.
+bool readBounded(const std::string& path, std::string& out) {
+    out.clear();
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (fd < 0) return false;
+    struct stat info;
+    bool ok = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
+    if (ok) {
+        // One byte more than the file's size tells a file that grew since.
+        const size_t expected = static_cast<size_t>(
+            std::min<long long>(std::max<long long>(info.st_size, 0), kMaxCaBundleBytes));
+        out.resize(expected + 1);
+        size_t filled = 0;
+        for (;;) {
+            if (filled == out.size()) {
+                if (out.size() > kMaxCaBundleBytes) break;
+                out.resize(std::min(out.size() * 2, kMaxCaBundleBytes + 1));
+            }
+            const ssize_t n = ::read(fd, &out[filled], out.size() - filled);
+            if (n < 0 && errno == EINTR) continue;
+            if (n < 0) ok = false;
+            if (n <= 0) break;
+            filled += static_cast<size_t>(n);
+        }
+        ok = ok && filled <= kMaxCaBundleBytes;
+        out.resize(ok ? filled : 0);
+    }
+    ::close(fd);
+    return ok;
+}
+
+// The bundle $VELMAR_CA_FILE names, read again only when the file changed.
+// libcurl gets it as an in-memory CA bundle: being part of the TLS settings
+// libcurl compares, it keeps a connection or TLS session made under one
+// bundle from serving a call under another.
+class ExtraBundle {
+  public:
+    static ExtraBundle& instance() {
+        static ExtraBundle* bundle = new ExtraBundle;  // outlives late calls at exit
+        return *bundle;
+    }
+
+    // Null when the file is missing, unreadable, too large or empty.
+    std::shared_ptr<const std::string> get(const std::string& path) {
+        const FileStamp stamp = stampOf(path);
+        if (!stamp.found) return nullptr;
+        std::lock_guard<std::mutex> lock(mMutex);
+        if (mText && path == mPath && stamp == mStamp) return mText;
+        auto text = std::make_shared<std::string>();
+        if (!readBounded(path, *text) || text->empty()) return nullptr;
+        mPath = path;
+        mStamp = stamp;
+        mText = text;
+        return mText;
+    }
+
+  private:
+    std::mutex mMutex;
+    std::string mPath;
+    FileStamp mStamp;
+    std::shared_ptr<const std::string> mText;
+};
+
+// libcurl's own CA file, parsed once and again when it changes. libcurl
+// loads an in-memory bundle in place of that file (its CA directory still
+// counts, if it has one and it is hashed), so these certificates are added to
+// the store of every connection that also trusts $VELMAR_CA_FILE.
+class SystemRoots {
+  public:
+    // Made outside libcurl's callbacks (it asks a handle for the file name).
+    static SystemRoots& instance() {
+        static SystemRoots* roots = new SystemRoots;
+        return *roots;
+    }
+
+    void addTo(X509_STORE* store) {
+        const std::shared_ptr<const Certificates> certificates = current();
+        for (X509* certificate : certificates->list)
+            X509_STORE_add_cert(store, certificate);  // takes its own reference
+        ERR_clear_error();  // a certificate the store already has is no failure
+    }
+
+  private:
+    struct Certificates {
+        std::vector<X509*> list;
+        Certificates() = default;
+        Certificates(const Certificates&) = delete;
+        Certificates& operator=(const Certificates&) = delete;
+        ~Certificates() {
+            for (X509* certificate : list)
+                X509_free(certificate);
+        }
+    };
+
+    SystemRoots() {
+#if LIBCURL_VERSION_NUM >= 0x075400
+        if (CURL* probe = curl_easy_init()) {
+            char* file = nullptr;
+            if (curl_easy_getinfo(probe, CURLINFO_CAINFO, &file) == CURLE_OK && file != nullptr) {
+                mPath = file;
+            }
+            curl_easy_cleanup(probe);
+        }
+#endif
+        if (mPath.empty()) mPath = X509_get_default_cert_file();
+    }
+
+    std::shared_ptr<const Certificates> current() {
+        const FileStamp stamp = stampOf(mPath);
+        std::lock_guard<std::mutex> lock(mMutex);
+        if (mCertificates && stamp == mStamp) return mCertificates;
+        auto certificates = std::make_shared<Certificates>();
+        std::string text;
+        if (stamp.found && readBounded(mPath, text)) {
+            if (BIO* bio = BIO_new_mem_buf(text.data(), static_cast<int>(text.size()))) {
+                while (X509* certificate = PEM_read_bio_X509(bio, nullptr, nullptr, nullptr))
+                    certificates->list.push_back(certificate);
+                BIO_free(bio);
+            }
+            ERR_clear_error();  // the end of the text reads as an error
+        }
+        mStamp = stamp;
+        mCertificates = certificates;
+        return mCertificates;
+    }
+
+    std::string mPath;
+    std::mutex mMutex;
+    FileStamp mStamp;
+    std::shared_ptr<const Certificates> mCertificates;
+};
+
+// True while the system clock reads earlier than this build: no certificate
+// issued since can be valid yet, and the time service itself is reached over
+// HTTPS. A negative reading (a 32-bit time_t past 2038) does not count: dates
+// are then checked, as they are whenever the clock cannot be judged.
+bool clockBeforeBuild() {
+    timespec now{};
+    if (clock_gettime(CLOCK_REALTIME, &now) != 0) return false;
+    const long long seconds = static_cast<long long>(now.tv_sec);
+    return seconds >= 0 && seconds < gBuildTime.load(std::memory_order_relaxed);
+}
+
+// One line each time the clock enters that state, not one per call: a daemon
+// asks many times before its clock is set, and a clock that is set back later
+// in the same process deserves the line again.
+void noteClockState(bool datesUnchecked) {
+    static std::atomic<bool> noted{false};
+    if (!datesUnchecked) {
+        if (noted.load(std::memory_order_relaxed)) noted.store(false);
+        return;
+    }
+    if (!noted.exchange(true)) {
+        VLOG(3) << "The system clock reads earlier than this build ("
+                << gBuildTime.load(std::memory_order_relaxed)
+                << "): TLS certificate dates are not checked, chain and host name still are";
+    }
+}
+
+struct ContextMode {
+    bool addSystemRoots;
+    bool datesUnchecked;
+};
+const ContextMode kModes[2][2] = {{{false, false}, {false, true}}, {{true, false}, {true, true}}};
+
+// Called by libcurl with each new connection's TLS context, its trust store
+// already loaded.
+CURLcode configureContext(CURL*, void* sslContext, void* data) {
+    SSL_CTX* context = static_cast<SSL_CTX*>(sslContext);
+    const ContextMode* mode = static_cast<const ContextMode*>(data);
+    if (mode->addSystemRoots) SystemRoots::instance().addTo(SSL_CTX_get_cert_store(context));
+    if (mode->datesUnchecked) {
+        X509_VERIFY_PARAM_set_flags(SSL_CTX_get0_param(context), X509_V_FLAG_NO_CHECK_TIME);
+    }
+    return CURLE_OK;
+}
+
+}  // namespace
+
+ConnectionRules::ConnectionRules() : mDatesUnchecked(clockBeforeBuild()) {}
+
+CURLcode ConnectionRules::apply(CURL* curl, const std::string& url, std::string& error) {
+    CURLcode code = CURLE_OK;
+    auto set = [&code, curl](CURLoption option, auto value) {
+        if (code == CURLE_OK) code = curl_easy_setopt(curl, option, value);
+    };
+#if LIBCURL_VERSION_NUM >= 0x075500
+    set(CURLOPT_PROTOCOLS_STR, "http,https");
+#else
+    set(CURLOPT_PROTOCOLS, long{CURLPROTO_HTTP | CURLPROTO_HTTPS});
+#endif
+    set(CURLOPT_SSL_VERIFYPEER, 1L);
+    set(CURLOPT_SSL_VERIFYHOST, 2L);
+    // An explicit value, even "", keeps libcurl from reading the proxy
+    // variables; an explicit empty exception list keeps no_proxy from
+    // exempting hosts from the proxy that is named.
+    const std::string proxy = envValue("VELMAR_PROXY");
+    set(CURLOPT_PROXY, proxy.c_str());
+    set(CURLOPT_NOPROXY, "");
+
+    mExtraBundle.reset();
+    const bool https = strncasecmp(url.c_str(), "https:", 6) == 0;
+    if (https) {
+        const std::string caFile = envValue("VELMAR_CA_FILE");
+        if (!caFile.empty()) {
+            mExtraBundle = ExtraBundle::instance().get(caFile);
+            if (!mExtraBundle) {
+                error = "cannot read the CA bundle " + caFile + " named by VELMAR_CA_FILE";
+                return CURLE_SSL_CACERT_BADFILE;
+            }
+            SystemRoots::instance();
+            curl_blob blob{const_cast<char*>(mExtraBundle->data()), mExtraBundle->size(),
+                           CURL_BLOB_NOCOPY};
+            set(CURLOPT_CAINFO_BLOB, &blob);
+#if LIBCURL_VERSION_NUM >= 0x075700
+            // The store gets the system roots added: it must be this
+            // connection's own, never one libcurl keeps for the next.
+            set(CURLOPT_CA_CACHE_TIMEOUT, 0L);
+#endif
+        }
+        const bool datesUnchecked = mDatesUnchecked;
+        noteClockState(datesUnchecked);
+        // No TLS session is kept from a connection whose dates went
+        // unchecked, to be resumed once the clock is right.
+        set(CURLOPT_SSL_SESSIONID_CACHE, datesUnchecked ? 0L : 1L);
+        set(CURLOPT_SSL_CTX_FUNCTION, static_cast<curl_ssl_ctx_callback>(configureContext));
+        set(CURLOPT_SSL_CTX_DATA,
+            const_cast<ContextMode*>(&kModes[mExtraBundle ? 1 : 0][datesUnchecked ? 1 : 0]));
+    }
+    if (code != CURLE_OK)
+        error = std::string("libcurl refused a setting: ") + curl_easy_strerror(code);
+    return code;
+}
+
+long long setBuildTimeForTest(long long seconds) {
+    return gBuildTime.exchange(seconds);
+}
+
+}  // namespace detail
+}  // namespace http
+}  // namespace velmar
