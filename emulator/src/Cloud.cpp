@@ -319,6 +319,9 @@ struct Cloud::Impl {
     Received record(const httplib::Request& request, const Body& body);
     std::optional<Scripted> takeScript(const std::string& path);
     std::string answerWithRoute(const Received& request, httplib::Response& response);
+    // The script's own body when it has one, the route's answer otherwise.
+    std::string answerScriptedOrRoute(const Scripted& s, const Received& request,
+                                      httplib::Response& response);
     void resetConnection(const Received& request);
     // Resets the connection (RST) at once, where a shutdown would close it.
     void abortConnection(const Received& request);
@@ -593,6 +596,16 @@ std::optional<Scripted> Cloud::Impl::takeScript(const std::string& path) {
     return std::nullopt;
 }
 
+std::string Cloud::Impl::answerScriptedOrRoute(const Scripted& s, const Received& request,
+                                               httplib::Response& response) {
+    if (s.body.empty()) return answerWithRoute(request, response);
+    Reply reply;
+    reply.status = s.status;
+    reply.body = s.body;
+    reply.contentType = s.contentType;
+    return "scripted " + apply(reply, response);
+}
+
 std::string Cloud::Impl::answerWithRoute(const Received& request, httplib::Response& response) {
     const std::string method = request.method == "HEAD" ? "GET" : request.method;
     Handler handler;
@@ -670,15 +683,7 @@ void Cloud::Impl::serve(const httplib::Request& request, httplib::Response& resp
                     outcome = "cut short by stop()";
                     break;
                 }
-                if (s.body.empty()) {
-                    outcome = answerWithRoute(r, response);
-                } else {
-                    Reply reply;
-                    reply.status = s.status;
-                    reply.body = s.body;
-                    reply.contentType = s.contentType;
-                    outcome = "scripted " + apply(reply, response);
-                }
+                outcome = answerScriptedOrRoute(s, r, response);
                 outcome += " after " + std::to_string(s.delayMs) + " ms";
                 break;
             }
@@ -737,15 +742,7 @@ void Cloud::Impl::serve(const httplib::Request& request, httplib::Response& resp
                 break;
             }
             case Scripted::Kind::Trickle: {
-                if (s.body.empty()) {
-                    outcome = answerWithRoute(r, response);
-                } else {
-                    Reply reply;
-                    reply.status = s.status;
-                    reply.body = s.body;
-                    reply.contentType = s.contentType;
-                    outcome = "scripted " + apply(reply, response);
-                }
+                outcome = answerScriptedOrRoute(s, r, response);
                 auto body = std::make_shared<const std::string>(std::move(response.body));
                 response.body.clear();
                 const std::string type = response.get_header_value("Content-Type");

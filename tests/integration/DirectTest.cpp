@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <random>
 
 #include "CloudFixture.h"
 #include "velmar/http/HTTPRequest.h"
@@ -20,8 +19,6 @@ using namespace velmar::quil::api;
 
 namespace {
 
-const char kAccountHost[] = "account.velmar-cloud.test";
-
 class DirectTest : public velmar::testing::CloudFixture {
   protected:
     int dnsPort() const override { return 0; }
@@ -31,9 +28,7 @@ class DirectTest : public velmar::testing::CloudFixture {
         setenv("VELMAR_DNS_SERVERS", cloud().dnsServers().c_str(), 1);
     }
     void TearDown() override {
-        account_.reset();
         unsetenv("VELMAR_DNS_SERVERS");
-        unsetenv("VELMAR_RESOLVE");
         CloudFixture::TearDown();
     }
 
@@ -41,32 +36,6 @@ class DirectTest : public velmar::testing::CloudFixture {
         return UpgradeAPI::checkUpgrade(link, size, "quil.speaker.v2", "f-01", version, "release",
                                         "zh_CN", "CN");
     }
-
-    // The account service on port 443 of a loopback address of its own, so
-    // that test processes running side by side do not meet.
-    bool startAccountCloud() {
-        std::random_device random;
-        for (int attempt = 0; attempt < 8; ++attempt) {
-            const std::string address = "127." + std::to_string(1 + random() % 250) + "." +
-                                        std::to_string(random() % 256) + ".7";
-            quilcloud::Cloud::Options options;
-            options.tls = true;
-            options.bindAddress = address;
-            options.port = 443;
-            options.extraNames = {kAccountHost};
-            options.workDir = (root() / "account").string();
-            account_ = std::make_unique<quilcloud::Cloud>(options);
-            if (account_->start()) {
-                setenv("VELMAR_CA_FILE", account_->caFile().c_str(), 1);
-                setenv("VELMAR_RESOLVE", (std::string(kAccountHost) + ":443:" + address).c_str(),
-                       1);
-                return true;
-            }
-        }
-        return false;
-    }
-
-    std::unique_ptr<quilcloud::Cloud> account_;
 };
 
 TEST_F(DirectTest, UpgradeCheckFindsTheOfferForAnOlderVersionOnly) {

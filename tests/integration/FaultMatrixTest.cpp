@@ -4,7 +4,6 @@
 // share one.
 #include <chrono>
 #include <fstream>
-#include <random>
 #include <stdexcept>
 #include <thread>
 
@@ -62,7 +61,6 @@ namespace {
 constexpr int kFalse = 0;
 constexpr int kTrue = 1;
 constexpr long long kAdmin = 52001;
-const char kAccountHost[] = "account.velmar-cloud.test";
 
 enum class Fault {
     Refused,         // nothing listens where the call goes
@@ -300,40 +298,18 @@ class FaultMatrixTest : public velmar::testing::CloudFixture {
         // What the reading calls find in the cloud when it answers.
         ASSERT_EQ(DeviceStatusAPI::setDeviceStatus(baseUrl(), "volume", "40"), ERROR_NONE);
         ASSERT_EQ(VEOTTokenAPI::upload("veot", "sess-1", "52001", baseUrl()), ERROR_NONE);
-        startAccountCloud();
+        startAccountService();
         cloud().clearReceived();
     }
 
     void TearDown() override {
-        account_.reset();
         unsetenv("VELMAR_DNS_SERVERS");
-        unsetenv("VELMAR_RESOLVE");
         CloudFixture::TearDown();
     }
 
-    // The account service on port 443 of a loopback address of its own, so
-    // that test processes running side by side do not meet; without it the
-    // user-profile row is left out.
-    void startAccountCloud() {
-        std::random_device random;
-        for (int attempt = 0; attempt < 8 && !account_; ++attempt) {
-            const std::string address = "127." + std::to_string(1 + random() % 250) + "." +
-                                        std::to_string(random() % 256) + ".7";
-            quilcloud::Cloud::Options options;
-            options.tls = true;
-            options.bindAddress = address;
-            options.port = 443;
-            options.extraNames = {kAccountHost};
-            options.workDir = (root() / "account").string();
-            account_ = std::make_unique<quilcloud::Cloud>(options);
-            if (!account_->start()) {
-                account_.reset();
-                continue;
-            }
-            setenv("VELMAR_CA_FILE", account_->caFile().c_str(), 1);
-            setenv("VELMAR_RESOLVE", (std::string(kAccountHost) + ":443:" + address).c_str(), 1);
-        }
-        if (!account_) return;
+    // Without the account service the user-profile row is left out.
+    void startAccountService() {
+        if (!startAccountCloud()) return;
         int status = 0;
         std::string answer, message;
         velmar::utils::ErrorType error = ERROR_NONE;
@@ -353,7 +329,6 @@ class FaultMatrixTest : public velmar::testing::CloudFixture {
     }
 
     Env env_;
-    std::unique_ptr<quilcloud::Cloud> account_;
 };
 
 class FaultMatrixByFault : public FaultMatrixTest, public ::testing::WithParamInterface<Fault> {};

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <random>
 #include <string>
 
 #include "quilcloud/Cloud.h"
@@ -74,6 +75,8 @@ class CloudFixture : public ::testing::Test {
     }
 
     void TearDown() override {
+        account_.reset();
+        unsetenv("VELMAR_RESOLVE");
         cloud_.reset();
         unsetenv("VELMAR_ROOT");
         unsetenv("VELMAR_CA_FILE");
@@ -117,6 +120,35 @@ class CloudFixture : public ::testing::Test {
     quilcloud::Cloud& cloud() { return *cloud_; }
     std::string baseUrl() const { return cloud_->baseUrl(); }
     const fs::path& root() const { return root_; }
+
+    // The account service at its fixed address (https, port 443) on a
+    // loopback address of its own, so that test processes running side by
+    // side do not meet; its name is pinned there with VELMAR_RESOLVE. False
+    // when no loopback port 443 can be had (not root).
+    static constexpr const char* kAccountHost = "account.velmar-cloud.test";
+    bool startAccountCloud() {
+        std::random_device random;
+        for (int attempt = 0; attempt < 8; ++attempt) {
+            const std::string address = "127." + std::to_string(1 + random() % 250) + "." +
+                                        std::to_string(random() % 256) + ".7";
+            quilcloud::Cloud::Options options;
+            options.tls = true;
+            options.bindAddress = address;
+            options.port = 443;
+            options.extraNames = {kAccountHost};
+            options.workDir = (root_ / "account").string();
+            account_ = std::make_unique<quilcloud::Cloud>(options);
+            if (account_->start()) {
+                setenv("VELMAR_CA_FILE", account_->caFile().c_str(), 1);
+                setenv("VELMAR_RESOLVE", (std::string(kAccountHost) + ":443:" + address).c_str(),
+                       1);
+                return true;
+            }
+        }
+        account_.reset();
+        return false;
+    }
+    std::unique_ptr<quilcloud::Cloud> account_;
 
   private:
     fs::path root_;
