@@ -12,6 +12,7 @@ FUZZERS := $(basename $(notdir $(wildcard tests/fuzz/*Fuzz.cpp)))
 NETNS := scripts/netns-run
 
 .PHONY: all deps build build-asan test test-normal test-asan demo bench cross-aarch64 cross-armhf \
+	test-aarch64 test-armhf \
 	fuzz fuzz-build fuzz-run format format-check clean
 
 all: build
@@ -49,10 +50,16 @@ bench: deps
 	cmake --build $(BENCH_BUILD) -j $(JOBS)
 	$(NETNS) scripts/bench $(BENCH_BUILD)
 
-# What the speaker runs, cross-built in Release into build-aarch64 / build-armhf;
-# VELMAR_SYSROOT=DIR takes the target's libraries from a firmware SDK.
+# What the speaker runs, cross-built in Release into build-aarch64 / build-armhf
+# against a target root of Debian's packages (build-roots/ARCH);
+# VELMAR_SYSROOT=DIR takes the target's libraries from a firmware SDK instead.
 cross-aarch64 cross-armhf: cross-%:
 	JOBS=$(JOBS) scripts/cross-build $*
+
+# The whole suite built for the speaker's architecture (build-test-ARCH) and
+# run under qemu-user in the loopback-only namespace.
+test-aarch64 test-armhf: test-%:
+	JOBS=$(JOBS) scripts/test-target $*
 
 # The libFuzzer harnesses (clang, ASan+UBSan), each run for FUZZ_SECONDS from
 # its seeds; new inputs go to $(FUZZ_BUILD)/corpus, findings to
@@ -83,4 +90,5 @@ format-check:
 	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) build-aarch64 build-armhf
+	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) build-aarch64 build-armhf \
+	    build-test-aarch64 build-test-armhf build-roots
