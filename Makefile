@@ -21,10 +21,10 @@ deps:
 	@scripts/install-deps
 
 $(BUILD)/build.ninja: | deps
-	cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMAR_WERROR=ON
 
 $(ASAN_BUILD)/build.ninja: | deps
-	cmake -S . -B $(ASAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DVELMAR_SANITIZE=ON
+	cmake -S . -B $(ASAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DVELMAR_SANITIZE=ON -DVELMAR_WERROR=ON
 
 build: deps $(BUILD)/build.ninja
 	cmake --build $(BUILD) -j $(JOBS)
@@ -46,7 +46,7 @@ demo: build
 	$(NETNS) scripts/demo $(BUILD)
 
 bench: deps
-	cmake -S . -B $(BENCH_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMAR_BUILD_BENCH=ON -DVELMAR_BUILD_TESTS=OFF
+	cmake -S . -B $(BENCH_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMAR_BUILD_BENCH=ON -DVELMAR_BUILD_TESTS=OFF -DVELMAR_WERROR=ON
 	cmake --build $(BENCH_BUILD) -j $(JOBS)
 	$(NETNS) scripts/bench $(BENCH_BUILD)
 
@@ -71,7 +71,7 @@ fuzz-build: deps
 	@scripts/install-deps clang libclang-rt-dev
 	cmake -S . -B $(FUZZ_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DVELMAR_BUILD_FUZZ=ON \
-	    -DVELMAR_BUILD_TESTS=OFF -DVELMAR_BUILD_TOOLS=OFF
+	    -DVELMAR_BUILD_TESTS=OFF -DVELMAR_BUILD_TOOLS=OFF -DVELMAR_WERROR=ON
 	cmake --build $(FUZZ_BUILD) -j $(JOBS)
 
 fuzz-run:

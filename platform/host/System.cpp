@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "LogLine.h"
+#include "velmar/PortVersion.h"
 #include "velmar/crypto/RandomUtils.h"
 #include "velmar/utils/Logging.h"
 #include "velmar/utils/TimeUtils.h"
@@ -119,3 +120,7 @@ std::vector<unsigned char> RandomUtils::nextBytes(unsigned count) {
 
 }  // namespace crypto
 }  // namespace velmar
+
+const char* velmar_port_version(void) {
+    return VELMAR_PORT_VERSION_TEXT;
+}

@@ -7,6 +7,9 @@
 #include <iostream>
 
 #include "Command.h"
+#include "Output.h"
+#include "velmar/PortVersion.h"
+#include "velmar/quil/Version.h"
 
 namespace quilctl {
 
@@ -21,6 +24,7 @@ namespace {
 
 void printUsage(const std::vector<Command>& commands) {
     std::cout << "usage: quilctl [--verbose] COMMAND [ARGS...]\n"
+                 "       quilctl --version\n"
                  "       quilctl COMMAND --help\n\n"
                  "Calls the cloud as the device does and prints one JSON object.\n"
                  "The device is read from $VELMAR_ROOT (the real paths when unset).\n\n"
@@ -42,6 +46,13 @@ int main(int argc, char** argv) {
     for (; i < argc && argv[i][0] == '-'; ++i) {
         if (std::strcmp(argv[i], "--verbose") == 0) {
             setenv("VELMAR_LOG_STDERR", "1", 1);
+        } else if (std::strcmp(argv[i], "--version") == 0) {
+            // The libraries this run loaded, not the ones quilctl was built with.
+            Output out;
+            out.add("library", velmar::quil::version());
+            out.add("port", velmar_port_version != nullptr ? velmar_port_version() : "unknown");
+            std::cout << out.finish() << "\n";
+            return 0;
         } else if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0) {
             printUsage(commands);
             return 0;
