@@ -12,7 +12,7 @@ FUZZERS := $(basename $(notdir $(wildcard tests/fuzz/*Fuzz.cpp)))
 NETNS := scripts/netns-run
 
 .PHONY: all deps build build-asan test test-normal test-asan demo bench cross-aarch64 cross-armhf \
-	test-aarch64 test-armhf \
+	test-aarch64 test-armhf abi-check abi-baseline \
 	fuzz fuzz-build fuzz-run format format-check clean
 
 all: build
@@ -82,6 +82,15 @@ fuzz-run:
 	        -print_final_stats=1 -artifact_prefix=$(FUZZ_BUILD)/artifacts/$$h- \
 	        $(FUZZ_BUILD)/corpus/$$h tests/fuzz/corpus/$$h || exit 1; \
 	done
+
+# The shipped libraries' binary interface against the baseline in abi/ARCH/:
+# fails on an incompatible change under the same SONAME. `make abi-baseline`
+# writes the baseline anew after an intended change (see scripts/abi-check).
+abi-check: build
+	scripts/abi-check $(BUILD)
+
+abi-baseline: build
+	scripts/abi-check --update $(BUILD)
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
