@@ -188,23 +188,44 @@ TEST_F(DeviceAPITest, AStoredValueThatWouldForgeACookieOrEndTheLineSendsNothing)
     EXPECT_EQ(sentCookies().at("sn"), "SN \"1\"=\xc3\xa9");
 }
 
-TEST_F(DeviceAPITest, EndpointsSendTheirShapeAndEmptyTheResponseOnFailure) {
-    fake::pushBody("{\"online\":true}");
-    std::string response;
-    EXPECT_EQ(PresenceAPI::getPresence(response, kBase), 0);
-    EXPECT_EQ(response, "{\"online\":true}");
-    const fake::Call& presence = fake::calls().at(0);
-    EXPECT_EQ(presence.decodedParams().size(), 1u);
-    EXPECT_EQ(presence.decodedParams().count("requestId"), 1u);
+// The thin device calls: the parameters each adds to the request ID, the
+// body handed back as it came, and an emptied response after a failure.
+TEST_F(DeviceAPITest, ThinCallsSendTheirShapeAndEmptyTheResponseOnFailure) {
+    using Params = std::map<std::string, std::string>;
+    const struct {
+        const char* name;
+        int (*call)(std::string&);
+        Params params;
+    } rows[] = {
+        {"presence", [](std::string& r) -> int { return PresenceAPI::getPresence(r, kBase); }, {}},
+        {"ping",
+         [](std::string& r) -> int { return PingAPI::pingDevice(r, kBase, ""); },
+         {{"pingLevel", ""}}},
+        {"transfer",
+         [](std::string& r) -> int { return DeviceAPI::requestDeviceTransfer(r, kBase); },
+         {}},
+        {"token",
+         [](std::string& r) -> int { return DeviceAPI::requestDeviceTokenV2(r, kBase); },
+         {{"hash_algorithm", "SHA256"}}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        fake::reset();
+        SetUp();
+        fake::pushBody("{\"code\":0,\"data\":{}}");
+        std::string response;
+        ASSERT_EQ(row.call(response), 0);
+        EXPECT_EQ(response, "{\"code\":0,\"data\":{}}");
+        Params sent = fake::calls().at(0).decodedParams();
+        EXPECT_EQ(sent.erase("requestId"), 1u);
+        EXPECT_EQ(sent, row.params);
 
-    fake::pushBody("pong");
-    EXPECT_EQ(PingAPI::pingDevice(response, kBase, ""), 0);
-    EXPECT_EQ(fake::calls().at(1).decodedParams().at("pingLevel"), "");
-
-    fake::pushFailure();
-    response = "stale";
-    EXPECT_EQ(PingAPI::pingDevice(response, kBase, "2"), 604);
-    EXPECT_EQ(response, "");
+        fake::pushFailure();
+        response = "stale";
+        EXPECT_EQ(row.call(response), 604);
+        EXPECT_EQ(response, "");
+    }
+    EXPECT_TRUE(fake::logged("request failed: Error (code: 604", 4));
 }
 
 TEST_F(DeviceAPITest, RegistrationCheckSignsItselfAndSendsNoCookies) {
@@ -284,29 +305,6 @@ TEST_F(DeviceAPITest, SuperAdminIsTheAnswersDataWhateverItsCode) {
                                 utils::ErrorCode::getErrorMessage(utils::ERROR_HTTP_FAILED) + ")",
                             4));
     EXPECT_EQ(userId, 52001);
-}
-
-TEST_F(DeviceAPITest, TokenCallsHandBackTheBodyAndEmptyItOnFailure) {
-    fake::pushBody("{\"code\":0,\"data\":{}}");
-    std::string response;
-    ASSERT_EQ(DeviceAPI::requestDeviceTokenV2(response, kBase), 0);
-    EXPECT_EQ(response, "{\"code\":0,\"data\":{}}");
-    const fake::Call& renew = fake::calls().at(0);
-    EXPECT_EQ(renew.decodedParams().at("hash_algorithm"), "SHA256");
-    EXPECT_EQ(renew.decodedParams().size(), 2u);  // with the request ID
-
-    fake::pushBody("{}");
-    ASSERT_EQ(DeviceAPI::requestDeviceTransfer(response, kBase), 0);
-    EXPECT_EQ(fake::calls().at(1).decodedParams().size(), 1u);
-
-    fake::pushFailure();
-    EXPECT_EQ(DeviceAPI::requestDeviceTransfer(response, kBase), 604);
-    EXPECT_EQ(response, "");
-    response = "stale";
-    fake::pushFailure();
-    EXPECT_EQ(DeviceAPI::requestDeviceTokenV2(response, kBase), 604);
-    EXPECT_EQ(response, "");
-    EXPECT_TRUE(fake::logged("request failed: Error (code: 604", 4));
 }
 
 TEST_F(DeviceAPITest, KeepAliveKeyIsKeptUnlessTheAnswerCarriesOne) {
