@@ -12,7 +12,7 @@ FUZZERS := $(basename $(notdir $(wildcard tests/fuzz/*Fuzz.cpp)))
 NETNS := scripts/netns-run
 
 .PHONY: all deps build build-asan test test-normal test-asan demo bench cross-aarch64 cross-armhf \
-	test-aarch64 test-armhf abi-check abi-baseline \
+	test-aarch64 test-armhf abi-check abi-baseline deb \
 	fuzz fuzz-build fuzz-run format format-check clean
 
 all: build
@@ -92,6 +92,11 @@ abi-check: build
 abi-baseline: build
 	scripts/abi-check --update $(BUILD)
 
+# Debian packages for this machine's architecture in build-deb (runtime,
+# development, tools), checked with lintian and proven in a clean root.
+deb: deps
+	JOBS=$(JOBS) scripts/deb
+
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
@@ -100,4 +105,4 @@ format-check:
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) build-aarch64 build-armhf \
-	    build-test-aarch64 build-test-armhf build-roots
+	    build-test-aarch64 build-test-armhf build-roots build-deb
