@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
     bench::HostEnvironment environment;
     bench::gHost = &environment;
     std::string error;
-    if (!quilcloud::makeCertificates(environment.device.path(""), {}, environment.certificate,
+    if (!quilcloud::makeCertificates(environment.device.path(""), {}, 0, environment.certificate,
                                      error)) {
         std::fprintf(stderr, "bench: %s\n", error.c_str());
         return 1;
