@@ -60,6 +60,9 @@ int main(int argc, char** argv) {
     setenv("VELMAR_ROOT", environment.device.root().c_str(), 1);
     setenv("VELMAR_CA_FILE", environment.certificate.caFile.c_str(), 1);
 
+    // Whether Request_Library ran with a log daemon listening, as on the device.
+    benchmark::AddCustomContext("log_daemon",
+                                std::getenv("VELMAR_BENCH_LOG_SOCKET") != nullptr ? "yes" : "no");
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

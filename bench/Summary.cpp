@@ -2,11 +2,10 @@
 // of the same run (their medians over the repetitions), so that it holds on a
 // busy machine where the absolute times do not.
 //
-// usage: bench_summary HOST.json FAKE.json HOST-LOGD.json FOOTPRINT
+// usage: bench_summary HOST.json FAKE.json FOOTPRINT
 //
-// HOST-LOGD.json holds the signed and bare requests run again with a log
-// daemon listening, as on the device; FOOTPRINT the `key=value` lines of
-// scripts/footprint. Either may be missing: its rows then say "not run".
+// FOOTPRINT holds the `key=value` lines of scripts/footprint; where it lacks a
+// figure, its row says "not run".
 #include <rapidjson/document.h>
 #include <rapidjson/istreamwrapper.h>
 
@@ -28,16 +27,21 @@ std::map<std::string, Figure> gRuns;
 // `key=value` lines of scripts/footprint.
 std::map<std::string, std::string> gFootprint;
 
-// Run name (after `prefix`) -> figure: the median where there are
-// repetitions, else the run.
-void load(const char* file, const std::string& prefix = "") {
+// Whether the host benchmarks ran with a log daemon listening.
+bool gLogDaemon = false;
+
+// Run name -> figure: the median where there are repetitions, else the run.
+void load(const char* file) {
     std::ifstream in(file);
     rapidjson::IStreamWrapper stream(in);
     rapidjson::Document doc;
     doc.ParseStream(stream);
     if (doc.HasParseError() || !doc.IsObject() || !doc.HasMember("benchmarks")) return;
+    if (doc.HasMember("context") && doc["context"].HasMember("log_daemon") &&
+        doc["context"]["log_daemon"].IsString())
+        gLogDaemon |= std::string(doc["context"]["log_daemon"].GetString()) == "yes";
     for (const auto& b : doc["benchmarks"].GetArray()) {
-        const std::string run = prefix + b["run_name"].GetString();
+        const std::string run = b["run_name"].GetString();
         const bool aggregate = b.HasMember("aggregate_name");
         if (aggregate && std::string(b["aggregate_name"].GetString()) != "median") continue;
         if (!aggregate && gRuns.count(run) != 0) continue;
@@ -167,14 +171,13 @@ void sizes() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 5) {
-        std::fprintf(stderr, "usage: bench_summary HOST.json FAKE.json HOST-LOGD.json FOOTPRINT\n");
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: bench_summary HOST.json FAKE.json FOOTPRINT\n");
         return 2;
     }
     load(argv[1]);
     load(argv[2]);
-    load(argv[3], "logd:");
-    loadFootprint(argv[4]);
+    loadFootprint(argv[3]);
 
     std::printf("\n| figure | ratio | medians | target |\n|---|---|---|---|\n");
     for (const char* scheme : {"http", "https"}) {
@@ -183,11 +186,12 @@ int main(int argc, char** argv) {
         // Without a log daemon glibc tries to connect to one for every line;
         // the speaker runs one, so its figure is the one the target is for.
         timeRatio("signed request (getPresence) / bare libcurl, reused handle, " + upper +
-                      ", no log daemon",
-                  "Request_Library/" + s, "Request_BareReused/" + s, 1.10);
-        timeRatio("signed request (getPresence) / bare libcurl, reused handle, " + upper +
                       ", log daemon listening (as on the device)",
-                  "logd:Request_Library/" + s, "logd:Request_BareReused/" + s, 1.10);
+                  gLogDaemon ? "Request_Library/" + s : "", "Request_BareReused/" + s, 1.10,
+                  gLogDaemon ? "not run" : "not run (no mount namespace for a log daemon)");
+        timeRatio("signed request (getPresence) / bare libcurl, reused handle, " + upper +
+                      ", no log daemon",
+                  "Request_LibraryNoLogDaemon/" + s, "Request_BareReused/" + s, 1.10);
         timeRatio("host transport alone / bare libcurl, reused handle, " + upper,
                   "Request_Transport/" + s, "Request_BareReused/" + s, 1.10);
     }

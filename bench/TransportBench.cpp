@@ -2,7 +2,10 @@
 // cost of a fresh connection per call, and calls from several threads at once.
 #include <benchmark/benchmark.h>
 #include <curl/curl.h>
+#include <syslog.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -31,6 +34,24 @@ void Request_Library(benchmark::State& state, bool tls) {
             break;
         }
     }
+}
+
+// The signed request as on a machine without a log daemon, where glibc tries
+// to connect to one for every line. Under scripts/with-log-daemon the
+// daemon's socket ($VELMAR_BENCH_LOG_SOCKET, in the benchmark's own mount
+// namespace) is renamed away for the run, so that both figures come from the
+// same process, interleaved; without it there is no daemon anyway.
+void Request_LibraryNoLogDaemon(benchmark::State& state, bool tls) {
+    const char* socket = std::getenv("VELMAR_BENCH_LOG_SOCKET");
+    const std::string hidden = socket != nullptr ? std::string(socket) + ".hidden" : "";
+    if (socket != nullptr && std::rename(socket, hidden.c_str()) != 0) {
+        state.SkipWithError("cannot hide the log daemon's socket");
+        return;
+    }
+    closelog();  // a connected socket would outlive the rename
+    Request_Library(state, tls);
+    if (socket != nullptr) std::rename(hidden.c_str(), socket);
+    closelog();
 }
 
 // The host port's transport alone, for the same GET: what the port adds to
@@ -115,10 +136,12 @@ void Throughput_Library(benchmark::State& state, bool distant) {
 }  // namespace
 
 BENCHMARK_CAPTURE(Request_Library, http, false)->UseRealTime();
+BENCHMARK_CAPTURE(Request_LibraryNoLogDaemon, http, false)->UseRealTime();
 BENCHMARK_CAPTURE(Request_Transport, http, false)->UseRealTime();
 BENCHMARK_CAPTURE(Request_BareReused, http, false)->UseRealTime();
 BENCHMARK_CAPTURE(Request_BareFresh, http, false)->UseRealTime();
 BENCHMARK_CAPTURE(Request_Library, https, true)->UseRealTime();
+BENCHMARK_CAPTURE(Request_LibraryNoLogDaemon, https, true)->UseRealTime();
 BENCHMARK_CAPTURE(Request_Transport, https, true)->UseRealTime();
 BENCHMARK_CAPTURE(Request_BareReused, https, true)->UseRealTime();
 BENCHMARK_CAPTURE(Request_BareFresh, https, true)->UseRealTime();
