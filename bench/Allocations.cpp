@@ -165,6 +165,7 @@ int main() {
     }
     setenv("VELMAR_ROOT", device.root().c_str(), 1);
     setenv("VELMAR_CA_FILE", certificate.caFile.c_str(), 1);
+    bench::Sandbox::settle();
 
     for (const bool tls : {false, true}) {
         const std::string base = (tls ? https : http).baseUrl();

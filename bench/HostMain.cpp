@@ -63,6 +63,7 @@ int main(int argc, char** argv) {
     // Whether Request_Library ran with a log daemon listening, as on the device.
     benchmark::AddCustomContext("log_daemon",
                                 std::getenv("VELMAR_BENCH_LOG_SOCKET") != nullptr ? "yes" : "no");
+    bench::Sandbox::settle();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

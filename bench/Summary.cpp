@@ -224,6 +224,14 @@ int main(int argc, char** argv) {
             format("%.0f", quilctl) + " / " + format("%.0f KiB", curl),
             verdict(quilctl / curl, 1.10, true));
     }
+    // The same, curl trusting the system bundle as well as the CA file, as
+    // quilctl does: what quilctl adds beyond parsing the system's roots.
+    const double curlSystem = footprint("rss.curl_system");
+    if (quilctl > 0 && curlSystem > 0) {
+        row("peak resident memory, `quilctl presence` / `curl` trusting the system bundle too",
+            format("%.2f", quilctl / curlSystem),
+            format("%.0f", quilctl) + " / " + format("%.0f KiB", curlSystem), "");
+    }
     sizes();
     return 0;
 }
