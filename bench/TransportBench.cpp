@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 #include <curl/curl.h>
 #include <syslog.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -38,19 +39,28 @@ void Request_Library(benchmark::State& state, bool tls) {
 
 // The signed request as on a machine without a log daemon, where glibc tries
 // to connect to one for every line. Under scripts/with-log-daemon the
-// daemon's socket ($VELMAR_BENCH_LOG_SOCKET, in the benchmark's own mount
-// namespace) is renamed away for the run, so that both figures come from the
-// same process, interleaved; without it there is no daemon anyway.
+// daemon's socket ($VELMAR_BENCH_LOG_SOCKET) is renamed away for the run, so
+// that both figures come from the same process, interleaved; without it
+// there is no daemon anyway. Only a socket in the private /dev that script
+// makes (it leaves a marker there) is ever renamed, never a machine's own.
 void Request_LibraryNoLogDaemon(benchmark::State& state, bool tls) {
     const char* socket = std::getenv("VELMAR_BENCH_LOG_SOCKET");
-    const std::string hidden = socket != nullptr ? std::string(socket) + ".hidden" : "";
-    if (socket != nullptr && std::rename(socket, hidden.c_str()) != 0) {
+    std::string path = socket != nullptr ? socket : "";
+    if (!path.empty()) {
+        const std::string marker = path.substr(0, path.rfind('/') + 1) + ".velmar-bench-private";
+        if (access(marker.c_str(), F_OK) != 0) {
+            state.SkipWithError("the log socket is not in a private /dev of the benchmark's");
+            return;
+        }
+    }
+    const std::string hidden = path + ".hidden";
+    if (!path.empty() && std::rename(path.c_str(), hidden.c_str()) != 0) {
         state.SkipWithError("cannot hide the log daemon's socket");
         return;
     }
     closelog();  // a connected socket would outlive the rename
     Request_Library(state, tls);
-    if (socket != nullptr) std::rename(hidden.c_str(), socket);
+    if (!path.empty()) std::rename(hidden.c_str(), path.c_str());
     closelog();
 }
 
