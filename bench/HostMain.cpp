@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
     bench::HostEnvironment environment;
     bench::gHost = &environment;
     std::string error;
-    if (!quilcloud::makeCertificates(environment.device.path(""), {}, environment.certificate,
+    if (!quilcloud::makeCertificates(environment.device.path(""), {}, 0, environment.certificate,
                                      error)) {
         std::fprintf(stderr, "bench: %s\n", error.c_str());
         return 1;
@@ -60,6 +60,10 @@ int main(int argc, char** argv) {
     setenv("VELMAR_ROOT", environment.device.root().c_str(), 1);
     setenv("VELMAR_CA_FILE", environment.certificate.caFile.c_str(), 1);
 
+    // Whether Request_Library ran with a log daemon listening, as on the device.
+    benchmark::AddCustomContext("log_daemon",
+                                std::getenv("VELMAR_BENCH_LOG_SOCKET") != nullptr ? "yes" : "no");
+    bench::Sandbox::settle();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

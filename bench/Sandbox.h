@@ -5,9 +5,11 @@
 
 #include <stdlib.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 
 namespace bench {
 
@@ -44,6 +46,11 @@ class Sandbox {
         std::ofstream(mRoot / "usr/share/quil/messaging/messaging.conf")
             << "sQuilAPIURL=" << baseUrl << "\n";
     }
+
+    // The host port keeps a device-store value in memory only once its file
+    // has stood unchanged for a second; a device's store is older than that,
+    // so the calls measured must not find it fresh.
+    static void settle() { std::this_thread::sleep_for(std::chrono::milliseconds(1100)); }
 
   private:
     void store(const std::string& name, const std::string& value) const {

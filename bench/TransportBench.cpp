@@ -2,10 +2,15 @@
 // cost of a fresh connection per call, and calls from several threads at once.
 #include <benchmark/benchmark.h>
 #include <curl/curl.h>
+#include <syslog.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include "BareRequest.h"
 #include "HostEnvironment.h"
 #include "velmar/http/HTTPRequest.h"
 #include "velmar/quil/api/PresenceAPI.h"
@@ -15,39 +20,10 @@ namespace {
 using bench::host;
 using velmar::quil::api::PresenceAPI;
 
-// The same path, a query of the same length and the same Cookie header as
-// the library's request for the sandboxed device: the bare request sends the
-// same bytes, so that the server's share of the time is alike on both sides.
-const char kPath[] = "/device/presence/?requestId=00000000-0000-4000-8000-000000000001";
-const char kCookie[] =
-    "Cookie: deviceId=7300123456; deviceToken=0a1b2c3d4e5f6a7b8c9d0e1f2a3b4c5d6e7f8a9b0c1=; "
-    "deviceTokenV2=dt-7f3a9c0e4b2d4e6f8a1b3c5d7e9f0a2b; "
-    "nonce=00000000-0000-4000-8000-000000000002; "
-    "signatureV2=sg-0a2b4c6d8e0f1a3b5c7d9e1f3a5b7c9d; sn=4417/20260001; userId=1001";
-
-size_t keep(char* data, size_t size, size_t count, void* body) {
-    static_cast<std::string*>(body)->append(data, size * count);
-    return size * count;
-}
-
-// The least a client sets for that GET: URL, body sink and, over HTTPS,
-// verification against the run's CA.
 bool bareGet(CURL* curl, bool tls) {
-    const std::string url = host().server(tls).baseUrl() + kPath;
-    std::string body;
-    curl_slist* headers = curl_slist_append(nullptr, kCookie);
-    curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
-    curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers);
-    curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, keep);
-    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &body);
-    if (tls) curl_easy_setopt(curl, CURLOPT_CAINFO, host().certificate.caFile.c_str());
-    long status = 0;
-    const bool ok = curl_easy_perform(curl) == CURLE_OK &&
-                    curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status) == CURLE_OK &&
-                    status == 200;
-    curl_easy_setopt(curl, CURLOPT_HTTPHEADER, nullptr);
-    curl_slist_free_all(headers);
-    return ok;
+    static const std::string kNoCa;
+    return bench::bareGet(curl, host().server(tls).baseUrl(),
+                          tls ? host().certificate.caFile : kNoCa);
 }
 
 void Request_Library(benchmark::State& state, bool tls) {
@@ -61,12 +37,40 @@ void Request_Library(benchmark::State& state, bool tls) {
     }
 }
 
+// The signed request as on a machine without a log daemon, where glibc tries
+// to connect to one for every line. Under scripts/with-log-daemon the
+// daemon's socket ($VELMAR_BENCH_LOG_SOCKET) is renamed away for the run, so
+// that both figures come from the same process, interleaved; without it
+// there is no daemon anyway. Only a socket in the private /dev that script
+// makes (it leaves a marker there) is ever renamed, never a machine's own.
+void Request_LibraryNoLogDaemon(benchmark::State& state, bool tls) {
+    const char* socket = std::getenv("VELMAR_BENCH_LOG_SOCKET");
+    std::string path = socket != nullptr ? socket : "";
+    if (!path.empty()) {
+        const std::string marker = path.substr(0, path.rfind('/') + 1) + ".velmar-bench-private";
+        if (access(marker.c_str(), F_OK) != 0) {
+            state.SkipWithError("the log socket is not in a private /dev of the benchmark's");
+            return;
+        }
+    }
+    const std::string hidden = path + ".hidden";
+    if (!path.empty() && std::rename(path.c_str(), hidden.c_str()) != 0) {
+        state.SkipWithError("cannot hide the log daemon's socket");
+        return;
+    }
+    closelog();  // a connected socket would outlive the rename
+    Request_Library(state, tls);
+    if (!path.empty()) std::rename(hidden.c_str(), path.c_str());
+    closelog();
+}
+
 // The host port's transport alone, for the same GET: what the port adds to
 // libcurl, apart from the signing that the library adds on top.
 void Request_Transport(benchmark::State& state, bool tls) {
     const std::string base = host().server(tls).baseUrl();
-    const std::string query = std::string(kPath).substr(std::strlen("/device/presence/?"));
-    const std::vector<std::string> headers{kCookie};
+    const std::string query =
+        std::string(bench::kBarePath).substr(std::strlen("/device/presence/?"));
+    const std::vector<std::string> headers{bench::kBareCookie};
     for (auto _ : state) {
         int status = 0;
         std::string body, message;
@@ -142,10 +146,12 @@ void Throughput_Library(benchmark::State& state, bool distant) {
 }  // namespace
 
 BENCHMARK_CAPTURE(Request_Library, http, false)->UseRealTime();
+BENCHMARK_CAPTURE(Request_LibraryNoLogDaemon, http, false)->UseRealTime();
 BENCHMARK_CAPTURE(Request_Transport, http, false)->UseRealTime();
 BENCHMARK_CAPTURE(Request_BareReused, http, false)->UseRealTime();
 BENCHMARK_CAPTURE(Request_BareFresh, http, false)->UseRealTime();
 BENCHMARK_CAPTURE(Request_Library, https, true)->UseRealTime();
+BENCHMARK_CAPTURE(Request_LibraryNoLogDaemon, https, true)->UseRealTime();
 BENCHMARK_CAPTURE(Request_Transport, https, true)->UseRealTime();
 BENCHMARK_CAPTURE(Request_BareReused, https, true)->UseRealTime();
 BENCHMARK_CAPTURE(Request_BareFresh, https, true)->UseRealTime();
