@@ -14,6 +14,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <vector>
 
@@ -219,7 +220,8 @@ void noteClockState(bool datesUnchecked) {
     if (!noted.exchange(true)) {
         VLOG(3) << "The system clock reads earlier than this build ("
                 << gBuildTime.load(std::memory_order_relaxed)
-                << "): TLS certificate dates are not checked, chain and host name still are";
+                << "): a TLS certificate that is not yet valid is accepted; chain, host name "
+                   "and expiry are still checked";
     }
 }
 
@@ -229,6 +231,20 @@ struct ContextMode {
 };
 const ContextMode kModes[2][2] = {{{false, false}, {false, true}}, {{true, false}, {true, true}}};
 
+// While the clock reads before the build, a certificate that is "not yet
+// valid" is forgiven, and nothing else: one that expired before even that
+// early reading is expired for certain.
+int forgiveNotYetValid(int ok, X509_STORE_CTX* store) {
+    if (ok == 0) {
+        const int error = X509_STORE_CTX_get_error(store);
+        if (error == X509_V_ERR_CERT_NOT_YET_VALID || error == X509_V_ERR_CRL_NOT_YET_VALID) {
+            X509_STORE_CTX_set_error(store, X509_V_OK);
+            return 1;
+        }
+    }
+    return ok;
+}
+
 // Called by libcurl with each new connection's TLS context, its trust store
 // already loaded.
 CURLcode configureContext(CURL*, void* sslContext, void* data) {
@@ -236,9 +252,17 @@ CURLcode configureContext(CURL*, void* sslContext, void* data) {
     const ContextMode* mode = static_cast<const ContextMode*>(data);
     if (mode->addSystemRoots) SystemRoots::instance().addTo(SSL_CTX_get_cert_store(context));
     if (mode->datesUnchecked) {
-        X509_VERIFY_PARAM_set_flags(SSL_CTX_get0_param(context), X509_V_FLAG_NO_CHECK_TIME);
+        SSL_CTX_set_verify(context, SSL_CTX_get_verify_mode(context), forgiveNotYetValid);
     }
     return CURLE_OK;
+}
+
+// The context callback hands over an OpenSSL context only when libcurl's TLS
+// is OpenSSL's; with any other backend it must never be set.
+bool tlsIsOpenSsl() {
+    const curl_version_info_data* info = curl_version_info(CURLVERSION_NOW);
+    return info != nullptr && info->ssl_version != nullptr &&
+           std::strncmp(info->ssl_version, "OpenSSL/", 8) == 0;
 }
 
 }  // namespace
@@ -289,9 +313,19 @@ CURLcode ConnectionRules::apply(CURL* curl, const std::string& url, std::string&
         // No TLS session is kept from a connection whose dates went
         // unchecked, to be resumed once the clock is right.
         set(CURLOPT_SSL_SESSIONID_CACHE, datesUnchecked ? 0L : 1L);
-        set(CURLOPT_SSL_CTX_FUNCTION, static_cast<curl_ssl_ctx_callback>(configureContext));
-        set(CURLOPT_SSL_CTX_DATA,
-            const_cast<ContextMode*>(&kModes[mExtraBundle ? 1 : 0][datesUnchecked ? 1 : 0]));
+        // Only a connection that needs the context changed gets the callback.
+        if (mExtraBundle || datesUnchecked) {
+            static const bool openSsl = tlsIsOpenSsl();
+            if (!openSsl) {
+                error =
+                    "libcurl's TLS is not OpenSSL: cannot add the system roots to "
+                    "VELMAR_CA_FILE or forgive a clock before the build";
+                return CURLE_SSL_CONNECT_ERROR;
+            }
+            set(CURLOPT_SSL_CTX_FUNCTION, static_cast<curl_ssl_ctx_callback>(configureContext));
+            set(CURLOPT_SSL_CTX_DATA,
+                const_cast<ContextMode*>(&kModes[mExtraBundle ? 1 : 0][datesUnchecked ? 1 : 0]));
+        }
     }
     if (code != CURLE_OK)
         error = std::string("libcurl refused a setting: ") + curl_easy_strerror(code);

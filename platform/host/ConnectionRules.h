@@ -10,12 +10,14 @@
 //  * HTTP(S) only, peer and host name always verified;
 //  * trust is libcurl's system store plus the bundle $VELMAR_CA_FILE names,
 //    never the bundle instead of the system store;
-//  * while the system clock reads earlier than this build's time, certificate
-//    validity dates are not checked (chain and name still are), so that a
-//    device that boots in the past reaches its time service.
+//  * while the system clock reads earlier than this build's time, a
+//    certificate that is not yet valid is accepted (chain, name and expiry
+//    are still checked), so that a device that boots in the past reaches its
+//    time service.
 //
-// Needs libcurl's OpenSSL flavour (CURLOPT_SSL_CTX_FUNCTION); with another
-// TLS backend every HTTPS transfer is refused rather than trusted otherwise.
+// The last two need libcurl's OpenSSL flavour (CURLOPT_SSL_CTX_FUNCTION); with
+// another TLS backend only a transfer that needs them is refused, rather than
+// trusted otherwise; every other transfer is as libcurl makes it.
 #pragma once
 
 #include <curl/curl.h>

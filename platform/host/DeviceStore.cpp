@@ -132,8 +132,11 @@ bool isCredential(const char* name) {
 }
 
 bool writeValue(const char* name, const std::string& content) {
+    // A credential file that an older release left readable by others is
+    // made private when it is next written; other files keep their mode.
+    const bool credential = isCredential(name);
     return velmar::host::writeAtomically(FileUtils::devicePath(storePath(name)), content,
-                                         isCredential(name) ? 0600 : 0644);
+                                         credential ? 0600 : 0644, credential ? 07700 : 07777);
 }
 
 // Bytes written (the value and its newline), or -1.

@@ -118,6 +118,7 @@ Outcome collect(pid_t pid, int fd, int timeoutMs, std::string& output, int& stat
     for (;;) {
         // Exit first, then drain: what the tool wrote before exiting is kept.
         const pid_t reaped = ::waitpid(pid, &status, WNOHANG);
+        const int waitError = errno;
         while (open) {
             char buffer[4096];
             const ssize_t n = ::read(fd, buffer, sizeof(buffer));
@@ -131,7 +132,7 @@ Outcome collect(pid_t pid, int fd, int timeoutMs, std::string& output, int& stat
             output.append(buffer, std::min(static_cast<size_t>(n), room));
         }
         if (reaped == pid) return Outcome::Exited;
-        if (reaped < 0 && errno != EINTR) return Outcome::Lost;
+        if (reaped < 0 && waitError != EINTR) return Outcome::Lost;
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
         if (left <= 0) break;
@@ -144,8 +145,10 @@ Outcome collect(pid_t pid, int fd, int timeoutMs, std::string& output, int& stat
     }
     ::kill(-pid, SIGKILL);
     ::kill(pid, SIGKILL);
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
+    // A tool stuck in uninterruptible I/O dies only when that ends: the call
+    // waits a moment for it, never longer, and leaves it to be reaped later.
+    for (int i = 0; i < 100 && ::waitpid(pid, &status, WNOHANG) == 0; ++i)
+        ::poll(nullptr, 0, 10);
     return Outcome::TimedOut;
 }
 

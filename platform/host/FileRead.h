@@ -17,8 +17,10 @@ bool readFile(const std::string& path, size_t limit, std::string& out);
 
 // Replaces the file at `target` (a real path) with `content`: a temporary
 // file flushed and renamed over it. A new file gets `newFileMode` whatever
-// the umask; a replaced one keeps its permissions.
-bool writeAtomically(const std::string& target, const std::string& content, mode_t newFileMode);
+// the umask; a replaced one keeps those of its permission bits that are in
+// `keptBits`.
+bool writeAtomically(const std::string& target, const std::string& content, mode_t newFileMode,
+                     mode_t keptBits);
 
 }  // namespace host
 }  // namespace velmar

@@ -64,7 +64,8 @@ bool writeAll(int fd, const std::string& content) {
 
 }  // namespace
 
-bool writeAtomically(const std::string& target, const std::string& content, mode_t newFileMode) {
+bool writeAtomically(const std::string& target, const std::string& content, mode_t newFileMode,
+                     mode_t keptBits) {
     if (target.empty() || target.back() == '/') return false;
     // The replacement keeps the permissions of the file it replaces. The
     // temporary file is 0600 from the start, so a private value is never
@@ -73,7 +74,7 @@ bool writeAtomically(const std::string& target, const std::string& content, mode
     struct stat old;
     if (::stat(target.c_str(), &old) == 0) {
         if (!S_ISREG(old.st_mode)) return false;
-        mode = old.st_mode & 07777;
+        mode = old.st_mode & keptBits;
     }
     std::string temp = target + ".tmp-XXXXXX";
     int fd = ::mkostemp(&temp[0], O_CLOEXEC);
@@ -124,7 +125,7 @@ std::string FileUtils::devicePath(const std::string& path) {
 }
 
 bool FileUtils::writeAtomically(const std::string& path, const std::string& content) {
-    return host::writeAtomically(devicePath(path), content, 0644);
+    return host::writeAtomically(devicePath(path), content, 0644, 07777);
 }
 
 ConfigFile::ConfigFile(const std::string& path) {

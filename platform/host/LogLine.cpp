@@ -77,20 +77,58 @@ bool endsPlainValue(unsigned char c) {
 
 void appendMasked(std::string& out, const char* value, size_t length) {
     size_t kept = std::min(kKeptCharacters, length / 4);
-    // Not half an escape sequence of a JSON string.
-    while (kept > 0 && value[kept - 1] == '\\')
+    // Not half an escape sequence, nor half a UTF-8 character.
+    while (kept > 0 &&
+           (value[kept - 1] == '\\' || (static_cast<unsigned char>(value[kept]) & 0xC0) == 0x80))
         --kept;
     out.append(value, kept);
     if (length > 0) out += kMask;
 }
 
-// The end of a JSON string whose first character is at `at`: the index of its
-// closing quote, or the text's end.
-size_t jsonStringEnd(const std::string& text, size_t at) {
-    while (at < text.size() && text[at] != '"') {
-        at += text[at] == '\\' ? 2 : 1;
+bool startsWith(const std::string& text, size_t at, const char* prefix) {
+    return text.compare(at, std::strlen(prefix), prefix) == 0;
+}
+
+size_t skipBlanks(const std::string& text, size_t at) {
+    while (at < text.size() && (text[at] == ' ' || text[at] == '\t'))
+        ++at;
+    return at;
+}
+
+// A separator between a name and its value at `at` ('=', ':', or '=' as a
+// percent-encoded "%3D" in a parameter that holds a query of its own): its
+// length, 0 when there is none.
+size_t separatorAt(const std::string& text, size_t at) {
+    if (at >= text.size()) return 0;
+    if (text[at] == '=' || text[at] == ':') return 1;
+    return strncasecmp(text.c_str() + at, "%3D", 3) == 0 ? 3 : 0;
+}
+
+// Where the value starting at `at` ends, and whether it was a quoted string:
+// a JSON string (escapes honoured), a JSON string inside a JSON string
+// (\"...\"), a single-quoted text, or a bare value up to the next separator
+// of a query, cookie or sentence.
+size_t valueEnd(const std::string& text, size_t at, size_t& begin, bool& quoted) {
+    quoted = true;
+    if (startsWith(text, at, "\\\"")) {
+        begin = at + 2;
+        const size_t close = text.find("\\\"", begin);
+        return close == std::string::npos ? text.size() : close;
     }
-    return std::min(at, text.size());
+    if (at < text.size() && (text[at] == '"' || text[at] == '\'')) {
+        const char quote = text[at];
+        begin = at + 1;
+        size_t end = begin;
+        while (end < text.size() && text[end] != quote)
+            end += text[end] == '\\' && quote == '"' ? 2 : 1;
+        return std::min(end, text.size());
+    }
+    quoted = false;
+    begin = at;
+    size_t end = at;
+    while (end < text.size() && !endsPlainValue(text[end]))
+        ++end;
+    return end;
 }
 
 }  // namespace
@@ -100,56 +138,60 @@ std::string maskCredentials(const std::string& text) {
     out.reserve(text.size());
     size_t i = 0;
     while (i < text.size()) {
-        const unsigned char c = static_cast<unsigned char>(text[i]);
-        const bool quoted = c == '"';
-        const size_t nameBegin = quoted ? i + 1 : i;
-        // A name starts a text or follows a character that cannot be part of it.
-        if (!(quoted || (isNameChar(c) && (i == 0 || !isNameChar(text[i - 1]))))) {
+        // A name: a run of name characters that starts the text or follows
+        // one that cannot be part of it.
+        if (!isNameChar(text[i]) || (i > 0 && isNameChar(text[i - 1]))) {
             out += text[i++];
             continue;
         }
-        size_t nameEnd = nameBegin;
+        size_t nameEnd = i;
         while (nameEnd < text.size() && isNameChar(text[nameEnd]))
             ++nameEnd;
+        // After a percent-encoded character ("%3Ftoken") the name starts
+        // past its two hex digits.
+        size_t nameBegin = i;
+        if (i > 0 && text[i - 1] == '%' && nameEnd - i > 2 &&
+            std::isxdigit(static_cast<unsigned char>(text[i])) &&
+            std::isxdigit(static_cast<unsigned char>(text[i + 1]))) {
+            nameBegin = i + 2;
+        }
         const size_t nameLength = nameEnd - nameBegin;
-        const char* name = text.data() + nameBegin;
-        if (quoted) {
-            // JSON: "name" : "value"
-            size_t at = nameEnd;
-            const bool closed = at < text.size() && text[at] == '"';
-            if (closed) ++at;
-            while (at < text.size() && text[at] == ' ')
-                ++at;
-            const bool member = closed && at < text.size() && text[at] == ':';
-            if (member) ++at;
-            while (member && at < text.size() && text[at] == ' ')
-                ++at;
-            const bool secret =
-                nameLength > 0 && (isCredentialName(name, nameLength) ||
-                                   (nameLength == std::strlen(kStringDataName) &&
-                                    strncasecmp(name, kStringDataName, nameLength) == 0));
-            if (member && secret && at < text.size() && text[at] == '"') {
-                const size_t valueEnd = jsonStringEnd(text, at + 1);
-                out.append(text, i, at + 1 - i);
-                appendMasked(out, text.data() + at + 1, valueEnd - at - 1);
-                i = valueEnd;
-                continue;
-            }
-            out += text[i++];
+        const bool nameQuoted = nameBegin > 0 && text[nameBegin - 1] == '"';
+        const bool stringData =
+            nameQuoted && nameLength == std::strlen(kStringDataName) &&
+            strncasecmp(text.data() + nameBegin, kStringDataName, nameLength) == 0;
+        if (!isCredentialName(text.data() + nameBegin, nameLength) && !stringData) {
+            out.append(text, i, nameEnd - i);
+            i = nameEnd;
             continue;
         }
-        // Plain: name=value
-        if (nameEnd < text.size() && text[nameEnd] == '=' && isCredentialName(name, nameLength)) {
-            size_t valueEnd = nameEnd + 1;
-            while (valueEnd < text.size() && !endsPlainValue(text[valueEnd]))
-                ++valueEnd;
-            out.append(text, i, nameEnd + 1 - i);
-            appendMasked(out, text.data() + nameEnd + 1, valueEnd - nameEnd - 1);
-            i = valueEnd;
+        // The name's closing quote, plain or escaped, then the separator.
+        size_t at = nameEnd;
+        if (nameQuoted && at < text.size() && text[at] == '"') {
+            ++at;
+        } else if (nameQuoted && startsWith(text, at, "\\\"")) {
+            at += 2;
+        }
+        at = skipBlanks(text, at);
+        const size_t separator = separatorAt(text, at);
+        if (separator == 0) {
+            out.append(text, i, nameEnd - i);
+            i = nameEnd;
             continue;
         }
-        out.append(text, i, nameEnd - i);
-        i = nameEnd;
+        at = skipBlanks(text, at + separator);
+        size_t begin = at;
+        bool quoted = false;
+        const size_t end = valueEnd(text, at, begin, quoted);
+        // Under "data" only a string is the secret; numbers and objects are not.
+        if (stringData && !quoted) {
+            out.append(text, i, nameEnd - i);
+            i = nameEnd;
+            continue;
+        }
+        out.append(text, i, begin - i);
+        appendMasked(out, text.data() + begin, end - begin);
+        i = end;
     }
     return out;
 }

@@ -47,12 +47,19 @@ utils::ErrorType ActionLogAPI::upload(std::string& response, const std::string& 
     params["payload"] = payload;
     params["_nonce"] = nonce;
     const std::string body = http::HTTPRequest::encodeHTTPParams(params);
-    const std::string path = "/action/v2/c/" + detail::pathSegment(did);
+    std::string segment;
     int status = -1;
     utils::ErrorType error = utils::ERROR_NONE;
     std::string errorMessage;
-    const bool ok = http::HTTPRequest::httpRequest(status, response, error, errorMessage, host,
-                                                   path, body, "POST", {}, 15000);
+    bool ok = false;
+    if (detail::pathSegment(did, segment)) {
+        ok = http::HTTPRequest::httpRequest(status, response, error, errorMessage, host,
+                                            "/action/v2/c/" + segment, body, "POST", {}, 15000);
+    } else {
+        // Not sent: a device ID of "." or ".." would climb the collector's path.
+        error = utils::ERROR_INVALID_ARGUMENT;
+        errorMessage = "device ID \"" + did + "\" cannot be a path segment";
+    }
 
     // The outcome is printed, never returned: the caller reads `response`.
     std::cout << "success: " << ok << "\n"

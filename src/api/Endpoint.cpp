@@ -23,13 +23,13 @@ json_object* parseAnswer(json::JSONObjectCleaner& cleaner, const std::string& te
     return cleaner.add(json_tokener_parse(text.c_str()));
 }
 
-std::string pathSegment(const std::string& value) {
+bool pathSegment(const std::string& value, std::string& out) {
     static const char kHex[] = "0123456789ABCDEF";
-    const bool dots = value == "." || value == "..";
-    std::string out;
+    out.clear();
+    if (value == "." || value == "..") return false;
     out.reserve(value.size());
     for (unsigned char c : value) {
-        if (dots || c <= ' ' || c == 0x7f || std::strchr("/\\?#%", c) != nullptr) {
+        if (c <= ' ' || c == 0x7f || std::strchr("/\\?#%", c) != nullptr) {
             out += '%';
             out += kHex[c >> 4];
             out += kHex[c & 15];
@@ -37,7 +37,7 @@ std::string pathSegment(const std::string& value) {
             out += static_cast<char>(c);
         }
     }
-    return out;
+    return true;
 }
 
 bool isCookieValue(const std::string& value) {

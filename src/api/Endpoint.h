@@ -28,12 +28,13 @@ utils::ErrorType sendSigned(std::string& response, const std::string& baseUrl,
 // the text is not JSON.
 json_object* parseAnswer(json::JSONObjectCleaner& cleaner, const std::string& text);
 
-// A caller's value made one path segment of a URL: the characters that would
-// end the segment, start a query or fragment, or escape ('/', '\\', '?',
-// '#', '%', blanks and control characters) are percent-encoded, and so is a
-// whole "." or ".." that would climb the path. Any other value is returned
-// byte for byte.
-std::string pathSegment(const std::string& value);
+// A caller's value made one path segment of a URL in `segment`: the
+// characters that would end the segment, start a query or fragment, or
+// escape ('/', '\\', '?', '#', '%', blanks and control characters) are
+// percent-encoded; any other value is kept byte for byte. False for a whole
+// "." or "..", which would climb the path however it is encoded (servers
+// decode "%2E" before they resolve dot segments): such a request is not sent.
+bool pathSegment(const std::string& value, std::string& segment);
 
 // True when `value` can stand in a Cookie header: no ';' or ',' that would
 // start another cookie, no control character that would end the line.

@@ -98,7 +98,12 @@ bool LogUploadAPI::upload(std::string& response, const std::string& uploadID,
 
     const std::string body = http::HTTPRequest::encodeHTTPParams(params);
     const std::string baseUrl = detail::configuredUrl(utils::ConfigFile::sVeWiFiLOGURL);
-    const std::string path = "/log/common/" + detail::pathSegment(uploadID);
+    std::string segment;
+    if (!detail::pathSegment(uploadID, segment)) {
+        VLOG(4) << "upload ID \"" << uploadID << "\" cannot be a path segment";
+        return false;
+    }
+    const std::string path = "/log/common/" + segment;
     int status = -1;
     utils::ErrorType error = utils::ERROR_NONE;
     std::string errorMessage;
@@ -118,8 +123,13 @@ bool LogUploadAPI::upload(std::string& response, const std::string& uploadID,
 bool LogUploadAPI::uploadLite(std::string& response, const std::string& uploadID,
                               const std::string& version, const std::string& id,
                               const std::string& timestamp, const std::string& payloadPath) {
-    const std::string url = detail::configuredUrl(utils::ConfigFile::sVeWiFiLOGURL) +
-                            "/log/lite/common/" + detail::pathSegment(uploadID);
+    std::string segment;
+    if (!detail::pathSegment(uploadID, segment)) {
+        VLOG(4) << "upload ID \"" << uploadID << "\" cannot be a path segment";
+        return false;
+    }
+    const std::string url =
+        detail::configuredUrl(utils::ConfigFile::sVeWiFiLOGURL) + "/log/lite/common/" + segment;
     const std::string nonce = utils::UUIDUtils::generate();
     const std::string extra = extraData(version, "tar.gz");
 

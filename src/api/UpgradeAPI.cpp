@@ -86,8 +86,13 @@ bool UpgradeAPI::checkUpgrade(std::string& link, long long& size, const std::str
     computeS(s, params, key);
     params["s"] = s;
 
-    const std::string url = detail::configuredUrl(utils::ConfigFile::sVeWiFiAPIURL) + path +
-                            detail::pathSegment(platform);
+    std::string segment;
+    if (!detail::pathSegment(platform, segment)) {
+        VLOG(4) << "platform \"" << platform << "\" cannot be a path segment";
+        return false;
+    }
+    const std::string url =
+        detail::configuredUrl(utils::ConfigFile::sVeWiFiAPIURL) + path + segment;
     const std::string query = HTTPRequest::encodeHTTPParams(params);
     VLOG(2) << "URL: " << url;
     VLOG(2) << "Params: " << query;

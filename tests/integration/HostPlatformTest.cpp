@@ -212,10 +212,11 @@ TEST_F(HostPlatformTest, CredentialsAreStoredPrivateAndLineEndsAreCut) {
         EXPECT_GE(row.set("value"), 0) << row.file;
         ASSERT_EQ(stat(path("/data/device/").append(row.file).c_str(), &info), 0);
         EXPECT_EQ(info.st_mode & 0777, row.mode) << row.file << " created";
+        // Replaced: the owner's bits kept, and a credential made private.
         chmod(path("/data/device/").append(row.file).c_str(), 0640);
         EXPECT_GE(row.set("again"), 0) << row.file;
         ASSERT_EQ(stat(path("/data/device/").append(row.file).c_str(), &info), 0);
-        EXPECT_EQ(info.st_mode & 0777, 0640u) << row.file << " replaced";
+        EXPECT_EQ(info.st_mode & 0777, row.mode == 0600 ? 0600u : 0640u) << row.file << " replaced";
     }
     ::umask(umaskBefore);
 
@@ -428,6 +429,13 @@ TEST(HostLoggingTest, CredentialsAreMaskedAndControlCharactersEscaped) {
          "Invalid response: {\"code\":0,\"data\":\"keep***\"}"},
         {"{\"data\":-1,\"txAccessToken\":\"\",\"txRefreshToken\":\"ab\"}",
          "{\"data\":-1,\"txAccessToken\":\"\",\"txRefreshToken\":\"***\"}"},
+        // A query inside a parameter, JSON inside a JSON string, quotes and blanks.
+        {"params is :url=https%3A%2F%2Fx%2F%3Ftoken%3Dabcdefghijkl%26a%3D1",
+         "params is :url=https%3A%2F%2Fx%2F%3Ftoken%3Dabcd***"},
+        {"{\"config\":\"{\\\"accessToken\\\":\\\"abcdef123456\\\"}\"}",
+         "{\"config\":\"{\\\"accessToken\\\":\\\"abc***\\\"}\"}"},
+        {"token=\"quoted-secret-1\" key='single-quoted' sign = spaced-value-1 token:\tab-1234",
+         "token=\"quo***\" key='single-quoted' sign = spa*** token:\\ta***"},
         // Names that merely contain a credential's name, or carry no value.
         {"tokens=1&mytoken=2&token&sign-in=3 status: 200",
          "tokens=1&mytoken=2&token&sign-in=3 status: 200"},

@@ -251,8 +251,6 @@ TEST_F(DirectTest, CallerValuesInAPathStayOneSegment) {
     const std::pair<const char*, const char*> segments[] = {
         {"quil.speaker-v2_~+=@:!$&'()*,;\xc3\xa9", "quil.speaker-v2_~+=@:!$&'()*,;\xc3\xa9"},
         {"../../admin", "..%2F..%2Fadmin"},
-        {"..", "%2E%2E"},
-        {".", "%2E"},
         {"a?b#c%d e\\f", "a%3Fb%23c%25d%20e%5Cf"},
         {"x\r\ny\x7f", "x%0D%0Ay%7F"},
     };
@@ -275,6 +273,20 @@ TEST_F(DirectTest, CallerValuesInAPathStayOneSegment) {
             << "the query keeps it";
         EXPECT_EQ(fake::calls().at(2).path, std::string("/log/common/") + sent);
         EXPECT_EQ(fake::calls().at(3).path, std::string("/action/v2/c/") + sent);
+    }
+    // A whole "." or ".." climbs the path however it is encoded: nothing is sent.
+    for (const char* dots : {".", ".."}) {
+        fake::reset();
+        SetUp();
+        std::string link;
+        long long size = 0;
+        std::string response;
+        EXPECT_FALSE(UpgradeAPI::checkUpgrade(link, size, dots, "f", "1", "c", "l", "CN"));
+        EXPECT_FALSE(LogUploadAPI::upload(response, dots, "1", "d", "p"));
+        ::testing::internal::CaptureStdout();
+        EXPECT_EQ(ActionLogAPI::upload(response, dots, "rec", "https://collector.test"), 0);
+        EXPECT_NE(::testing::internal::GetCapturedStdout().find("success: 0\n"), std::string::npos);
+        EXPECT_TRUE(fake::calls().empty()) << dots;
     }
 }
 
