@@ -138,7 +138,9 @@ const Broken kBroken[] = {
      },
      Verdict::Fail, "file-missing"},
     {"EmptyDeviceFile", storing("model", ""), Verdict::Fail, "file-empty"},
-    {"StrayCarriageReturn", storing("sn", std::string(SampleDevice::sn) + "\r"), Verdict::Fail,
+    {"StrayCarriageReturn", storing("sn", std::string(SampleDevice::sn) + "\r"), Verdict::Warn,
+     "control-character"},
+    {"SecondLine", storing("deviceid", "7300123456\n7300123457"), Verdict::Fail,
      "control-character"},
     {"WorldReadableCredential",
      [](DoctorTest& t) {

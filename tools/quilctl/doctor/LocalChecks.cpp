@@ -124,6 +124,12 @@ bool checkValue(Report& report, const StoreValue& v, bool missingIsFine) {
     if (value.empty()) {
         report.fail(v.name, "empty", "file-empty", rewrite);
         good = false;
+    } else if (control + 1 == value.size() && value.back() == '\r') {
+        // The host port drops a "\r\n" line end; another port or a script
+        // reading the store may send the "\r" on.
+        report.warn(v.name, shown + " (a \\r\\n line end)", "control-character",
+                    "other readers of the store may keep the \\r: " + rewrite);
+        good = false;
     } else if (control != std::string::npos) {
         report.fail(v.name,
                     shown + ": " + escaped(value.substr(control, 1)) + " at byte " +

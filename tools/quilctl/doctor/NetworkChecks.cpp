@@ -2,7 +2,9 @@
 // connection, TLS, HTTP answer), the time service's answer taken from the
 // same contact, and one signed call with the device's credentials.
 #include <curl/curl.h>
+#include <openssl/bio.h>
 #include <openssl/ssl.h>
+#include <openssl/x509.h>
 #include <openssl/x509_vfy.h>
 #include <rapidjson/document.h>
 
@@ -52,6 +54,7 @@ struct Probe {
     CURL* curl = nullptr;
     std::string body;
     std::string protocol;
+    std::unique_ptr<X509, void (*)(X509*)> leaf{nullptr, X509_free};
 };
 
 size_t keepBody(char* data, size_t size, size_t count, void* user) {
@@ -104,26 +107,58 @@ std::string pinFor(const Target& target, curl_slist*& list) {
     return pinned;
 }
 
-// Subject, issuer and dates of the server's certificate, from libcurl's
-// certificate information (gathered before the chain is judged).
-std::string certificateText(CURL* curl) {
-    curl_certinfo* info = nullptr;
-    if (curl_easy_getinfo(curl, CURLINFO_CERTINFO, &info) != CURLE_OK || info == nullptr ||
-        info->num_of_certs < 1)
-        return "no certificate seen";
-    std::string subject, issuer, start, expire;
-    for (curl_slist* field = info->certinfo[0]; field != nullptr; field = field->next) {
-        const std::string line = field->data;
-        auto take = [&line](const char* name, std::string& into) {
-            const size_t n = std::strlen(name);
-            if (line.compare(0, n, name) == 0) into = line.substr(n);
-        };
-        take("Subject:", subject);
-        take("Issuer:", issuer);
-        take("Start date:", start);
-        take("Expire date:", expire);
+unsigned long long be(const unsigned char* bytes, size_t n) {
+    unsigned long long value = 0;
+    for (size_t i = 0; i < n; ++i)
+        value = value << 8 | bytes[i];
+    return value;
+}
+
+// The server's certificate, taken from its TLS Certificate message as the
+// handshake reads it: a failed verification ends the handshake before
+// libcurl would report the certificate, and this leaves verification as the
+// connection rules set it.
+int noteHandshake(CURL*, curl_infotype type, char* data, size_t size, void* user) {
+    Probe* probe = static_cast<Probe*>(user);
+    const unsigned char* m = reinterpret_cast<const unsigned char*>(data);
+    if (type != CURLINFO_SSL_DATA_IN || probe->leaf || size < 10 || m[0] != 11) return 0;
+    const size_t length = std::min<size_t>(be(m + 1, 3), size - 4);
+    // TLS 1.3 puts a request context before the list; TLS 1.2 has none.
+    size_t at = 4;
+    if (be(m + 4, 3) != length - 3) {
+        at += 1 + m[4];
+        if (at + 3 > size || be(m + at, 3) != length - (at - 4) - 3) return 0;
     }
-    return "subject " + subject + "; issuer " + issuer + "; valid " + start + " to " + expire;
+    at += 3;
+    if (at + 3 > size) return 0;
+    const size_t certificate = be(m + at, 3);
+    at += 3;
+    if (at + certificate > size) return 0;
+    const unsigned char* der = m + at;
+    probe->leaf.reset(d2i_X509(nullptr, &der, static_cast<long>(certificate)));
+    return 0;
+}
+
+std::string nameText(X509_NAME* name) {
+    char buffer[256] = "";
+    X509_NAME_oneline(name, buffer, sizeof(buffer));
+    return buffer;
+}
+
+std::string timeText(const ASN1_TIME* time) {
+    std::unique_ptr<BIO, int (*)(BIO*)> bio(BIO_new(BIO_s_mem()), BIO_free);
+    if (!bio || ASN1_TIME_print(bio.get(), time) != 1) return "?";
+    char* text = nullptr;
+    const long n = BIO_get_mem_data(bio.get(), &text);
+    return std::string(text, static_cast<size_t>(n));
+}
+
+// Subject, issuer and validity dates of the server's certificate.
+std::string certificateText(X509* leaf) {
+    if (leaf == nullptr) return "no certificate seen";
+    return "subject " + nameText(X509_get_subject_name(leaf)) + "; issuer " +
+           nameText(X509_get_issuer_name(leaf)) + "; valid " + timeText(X509_get0_notBefore(leaf)) +
+           " to " + timeText(X509_get0_notAfter(leaf));
 }
 
 long long remainingMs(std::chrono::steady_clock::time_point deadline) {
@@ -170,7 +205,9 @@ void probeTarget(Report& report, const Target& target, long long timeoutMs, Netw
     curl_easy_setopt(curl, CURLOPT_FRESH_CONNECT, 1L);
     curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeoutMs));
     curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(timeoutMs));
-    curl_easy_setopt(curl, CURLOPT_CERTINFO, 1L);
+    curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, noteHandshake);
+    curl_easy_setopt(curl, CURLOPT_DEBUGDATA, &probe);
+    curl_easy_setopt(curl, CURLOPT_VERBOSE, https ? 1L : 0L);
     curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, keepBody);
     curl_easy_setopt(curl, CURLOPT_WRITEDATA, &probe);
     curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, noteHeader);
@@ -202,7 +239,7 @@ void probeTarget(Report& report, const Target& target, long long timeoutMs, Netw
     if (https) {
         long verify = 0;
         curl_easy_getinfo(curl, CURLINFO_SSL_VERIFYRESULT, &verify);
-        const std::string certificate = certificateText(curl);
+        const std::string certificate = certificateText(probe.leaf.get());
         if (code == CURLE_PEER_FAILED_VERIFICATION) {
             const std::string why = X509_verify_cert_error_string(verify);
             if (verify == X509_V_ERR_CERT_NOT_YET_VALID)
