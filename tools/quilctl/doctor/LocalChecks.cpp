@@ -236,7 +236,9 @@ void checkClock(Report& report, long long serverMillis, const std::string& why) 
             "clock-before-build",
             "set the clock (time service or RTC battery): certificate dates go unchecked");
     } else {
-        report.ok("build time", std::string(stamp) + ", after this build");
+        report.ok("build time", std::string(stamp) + ", " +
+                                    std::to_string((seconds - built) / 86400) +
+                                    " days after this build");
     }
     if (serverMillis < 0) {
         report.warn("time service", why, "time-service-unanswered",

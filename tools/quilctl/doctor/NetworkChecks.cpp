@@ -217,6 +217,11 @@ void probeTarget(Report& report, const Target& target, long long timeoutMs, Netw
     char* ip = nullptr;
     curl_easy_getinfo(curl, CURLINFO_PRIMARY_IP, &ip);
     const std::string address = ip != nullptr ? ip : "";
+    if (code == CURLE_COULDNT_RESOLVE_PROXY) {
+        report.fail(name + " proxy", "the proxy VELMAR_PROXY names does not resolve",
+                    "proxy-unreachable", "correct or unset VELMAR_PROXY");
+        return;
+    }
     if (code == CURLE_COULDNT_RESOLVE_HOST) {
         report.fail(name + " name", target.host + " does not resolve", "name-unresolved",
                     "check the host name in the configuration and the device's DNS servers");
@@ -224,7 +229,9 @@ void probeTarget(Report& report, const Target& target, long long timeoutMs, Netw
     }
     // No address is known when the connection failed: the pin or the literal tells it.
     const std::string found = !address.empty() ? address : !pinned.empty() ? pinned : target.host;
-    report.ok(name + " name", found + (pinned.empty() ? "" : " (VELMAR_RESOLVE)"));
+    const char* proxy = std::getenv("VELMAR_PROXY");
+    report.ok(name + " name", found + (pinned.empty() ? "" : " (VELMAR_RESOLVE)") +
+                                  (proxy != nullptr && *proxy != '\0' ? " (the proxy's)" : ""));
     double connectSeconds = 0;
     curl_easy_getinfo(curl, CURLINFO_CONNECT_TIME, &connectSeconds);
     if (code == CURLE_COULDNT_CONNECT ||
@@ -253,13 +260,15 @@ void probeTarget(Report& report, const Target& target, long long timeoutMs, Netw
                             "install the issuing CA in the system store or VELMAR_CA_FILE");
             return;
         }
-        if (code == CURLE_SSL_CONNECT_ERROR || code == CURLE_SSL_CACERT_BADFILE) {
+        double handshakeSeconds = 0;
+        curl_easy_getinfo(curl, CURLINFO_APPCONNECT_TIME, &handshakeSeconds);
+        if (code != CURLE_OK && handshakeSeconds <= 0) {
             report.fail(name + " tls", curl_easy_strerror(code), "tls-failed",
                         "check that the port speaks TLS and the CA bundle");
             return;
         }
         report.ok(name + " tls",
-                  probe.protocol +
+                  (probe.protocol.empty() ? std::string("TLS") : probe.protocol) +
                       (rules.datesUnchecked() ? ", verified but for dates; " : ", verified; ") +
                       certificate);
     }
