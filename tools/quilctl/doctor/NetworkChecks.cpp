@@ -307,7 +307,7 @@ void checkNetwork(Report& report, const ServiceUrls& urls, const Options& option
         if (!parseTarget(url, target)) continue;
         if (key == "sQuilAPIURL") apiName = target.host + ":" + target.port;
         auto same = std::find_if(targets.begin(), targets.end(), [&target](const Target& t) {
-            return t.scheme == target.scheme && t.host == target.host && t.port == target.port;
+            return t.host == target.host && t.port == target.port;
         });
         const bool isTime = key == "sTimeSyncURL";
         if (same == targets.end()) {
