@@ -25,14 +25,12 @@ struct Broken {
 };
 
 class DoctorTest : public TlsCloudFixture {
-  public:
-    // What a broken set-up reaches from its row.
+  public:  // the rows reach the fixture
     using CloudFixture::cloud;
     using CloudFixture::root;
     using CloudFixture::store;
     using CloudFixture::writeConfig;
 
-  protected:
     void SetUp() override {
         TlsCloudFixture::SetUp();
         store("channel", "release");
@@ -48,7 +46,6 @@ class DoctorTest : public TlsCloudFixture {
 
     std::vector<Finding> diagnose() { return quilctl::doctor::run({2000, 20000}); }
 
-  public:
     // Points the log service at `url`, every other key as the fixture has it.
     void logServiceAt(const std::string& url) {
         writeConfig({{"sQuilAPIURL", baseUrl()},
