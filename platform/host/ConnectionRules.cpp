@@ -332,6 +332,10 @@ CURLcode ConnectionRules::apply(CURL* curl, const std::string& url, std::string&
     return code;
 }
 
+long long buildTime() {
+    return gBuildTime.load(std::memory_order_relaxed);
+}
+
 long long setBuildTimeForTest(long long seconds) {
     return gBuildTime.exchange(seconds);
 }

@@ -53,6 +53,9 @@ class ConnectionRules {
     std::shared_ptr<const std::string> mExtraBundle;
 };
 
+// The build time the clock is compared with, in seconds since the epoch.
+long long buildTime();
+
 // Tests only: makes `seconds` since the epoch the build time the clock is
 // compared with, and returns the one it replaces.
 VELMAR_PORT_EXPORT long long setBuildTimeForTest(long long seconds);

@@ -28,9 +28,14 @@ class Output {
 
     std::string finish();
 
+    // For a command that printed its own text: nothing more is printed.
+    void omit() { mOmitted = true; }
+    bool omitted() const { return mOmitted; }
+
   private:
     rapidjson::StringBuffer mBuffer;
     rapidjson::Writer<rapidjson::StringBuffer> mWriter;
+    bool mOmitted = false;
 };
 
 }  // namespace quilctl

@@ -92,7 +92,7 @@ int main(int argc, char** argv) {
         Output out;
         out.add("command", c.name);
         int rc = c.run(args, out);
-        std::cout << out.finish() << std::endl;
+        if (!out.omitted()) std::cout << out.finish() << std::endl;
         return rc;
     }
     std::cerr << "quilctl: unknown command " << name << " (try --help)\n";
