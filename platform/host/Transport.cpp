@@ -1,10 +1,7 @@
-// The HTTP(S) transport of the Linux port, on libcurl.
-//
-// One process-wide share holds the DNS cache and the TLS sessions for every
-// thread. Connections live in the easy handles, which are pooled: a call
-// borrows a handle, so its open connections serve the next call, whichever
-// thread makes it. (libcurl does not support one connection cache used by
-// concurrent threads, which a shared connection cache would be.)
+// The HTTP(S) transport of the Linux port, on libcurl: the four overloads
+// reduced to one request, its wire form, and its failures sorted by cause.
+// Handles and what calls share are HandlePool's; the rules every connection
+// follows (TLS trust, proxies, the clock) are ConnectionRules'.
 #include <arpa/inet.h>
 #include <curl/curl.h>
 
@@ -13,17 +10,18 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <mutex>
-#include <set>
 #include <vector>
 
 #include "ConnectionRules.h"
 #include "FormEncoding.h"
+#include "HandlePool.h"
 #include "Resolver.h"
 #include "velmar/http/HTTPRequest.h"
 
 namespace velmar {
 namespace http {
+
+using detail::HandlePool;
 
 using utils::ERROR_HTTP_CONNECT;
 using utils::ERROR_HTTP_FAILED;
@@ -40,173 +38,8 @@ using Clock = std::chrono::steady_clock;
 
 // Answers beyond this are refused instead of exhausting a small device's memory.
 constexpr size_t kMaxAnswerBytes = 8 * 1024 * 1024;
-// Idle handles kept; more only exist while that many calls run at once.
-constexpr size_t kPooledHandles = 8;
 // A caller that gives no time-out still must not block a daemon forever.
 constexpr int kDefaultTimeoutMs = 30000;
-
-std::string envValue(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
-
-std::vector<std::string> splitList(const std::string& text) {
-    std::vector<std::string> out;
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t end = text.find(',', start);
-        if (end == std::string::npos) end = text.size();
-        std::string item = text.substr(start, end - start);
-        size_t first = item.find_first_not_of(" \t");
-        size_t last = item.find_last_not_of(" \t");
-        if (first != std::string::npos) out.push_back(item.substr(first, last - first + 1));
-        start = end + 1;
-    }
-    return out;
-}
-
-// "host:port" of a curl --resolve entry ("+host:port:addr" included), lower case.
-std::string resolveKey(const std::string& entry) {
-    std::string text = !entry.empty() && entry[0] == '+' ? entry.substr(1) : entry;
-    size_t first = text.find(':');
-    if (first == std::string::npos) return "";
-    size_t second = text.find(':', first + 1);
-    std::string key = text.substr(0, second);
-    std::transform(key.begin(), key.end(), key.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return key;
-}
-
-class Runtime {
-  public:
-    // Never destroyed: daemons may still be making calls from other threads
-    // while the process exits.
-    static Runtime& instance() {
-        static Runtime* runtime = new Runtime;
-        return *runtime;
-    }
-
-    bool ready() const { return mShare != nullptr; }
-
-    // A handle and the generation of the pins and clock state it was made under.
-    struct Lease {
-        CURL* handle = nullptr;
-        unsigned generation = 0;
-    };
-
-    Lease acquire(unsigned generation) {
-        std::vector<CURL*> stale;
-        Lease lease;
-        {
-            std::lock_guard<std::mutex> lock(mPoolMutex);
-            while (!mPool.empty() && lease.handle == nullptr) {
-                Lease candidate = mPool.back();
-                mPool.pop_back();
-                if (candidate.generation == generation) {
-                    lease = candidate;
-                } else {
-                    stale.push_back(candidate.handle);
-                }
-            }
-        }
-        for (CURL* handle : stale)
-            curl_easy_cleanup(handle);
-        if (lease.handle == nullptr) {
-            lease.handle = curl_easy_init();
-            lease.generation = generation;
-            if (lease.handle != nullptr &&
-                curl_easy_setopt(lease.handle, CURLOPT_SHARE, mShare) != CURLE_OK) {
-                curl_easy_cleanup(lease.handle);
-                lease.handle = nullptr;
-            }
-        }
-        return lease;
-    }
-
-    void release(const Lease& lease) {
-        // Reset keeps the handle's connections, caches and share, drops the
-        // options that point into the finished call.
-        curl_easy_reset(lease.handle);
-        {
-            std::lock_guard<std::mutex> lock(mPoolMutex);
-            if (lease.generation == mGeneration && mPool.size() < kPooledHandles) {
-                mPool.push_back(lease);
-                return;
-            }
-        }
-        curl_easy_cleanup(lease.handle);
-    }
-
-    // The --resolve entries for this call: $VELMAR_RESOLVE, plus removals of
-    // pins an earlier value set, since the shared DNS cache keeps them. A
-    // changed value also retires the pooled handles, whose open connections
-    // were made to the old addresses; so does a change of the clock state
-    // (`datesUnchecked`), since a connection whose certificate dates went
-    // unchecked must not serve a call once the clock is right.
-    std::vector<std::string> pins(unsigned& generation, bool datesUnchecked) {
-        const std::string text = envValue("VELMAR_RESOLVE");
-        std::vector<std::string> entries = splitList(text);
-        std::lock_guard<std::mutex> lock(mPoolMutex);
-        if (datesUnchecked != mDatesUnchecked) {
-            mDatesUnchecked = datesUnchecked;
-            ++mGeneration;
-        }
-        if (text != mResolveText) {
-            mResolveText = text;
-            ++mGeneration;
-            std::set<std::string> current;
-            for (const auto& entry : entries) {
-                if (entry[0] != '-') current.insert(resolveKey(entry));
-            }
-            for (const auto& key : mPinned) {
-                if (!key.empty() && current.count(key) == 0) mUnpinned.insert(key);
-            }
-            for (const auto& key : current)
-                mUnpinned.erase(key);
-            mPinned = current;
-        }
-        for (const auto& key : mUnpinned)
-            entries.push_back("-" + key);
-        generation = mGeneration;
-        return entries;
-    }
-
-  private:
-    Runtime() {
-        if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) return;
-        CURLSH* share = curl_share_init();
-        if (share == nullptr) return;
-        if (curl_share_setopt(share, CURLSHOPT_LOCKFUNC, lock) != CURLSHE_OK ||
-            curl_share_setopt(share, CURLSHOPT_UNLOCKFUNC, unlock) != CURLSHE_OK ||
-            curl_share_setopt(share, CURLSHOPT_USERDATA, this) != CURLSHE_OK ||
-            curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS) != CURLSHE_OK ||
-            curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION) != CURLSHE_OK) {
-            curl_share_cleanup(share);
-            return;
-        }
-        mShare = share;
-    }
-
-    static std::mutex& lockFor(void* self, curl_lock_data data) {
-        const int index = data >= 0 && data < CURL_LOCK_DATA_LAST ? data : CURL_LOCK_DATA_NONE;
-        return static_cast<Runtime*>(self)->mLocks[index];
-    }
-    static void lock(CURL*, curl_lock_data data, curl_lock_access, void* self) {
-        lockFor(self, data).lock();
-    }
-    static void unlock(CURL*, curl_lock_data data, void* self) { lockFor(self, data).unlock(); }
-
-    CURLSH* mShare = nullptr;
-    std::mutex mLocks[CURL_LOCK_DATA_LAST];
-
-    std::mutex mPoolMutex;
-    std::vector<Lease> mPool;
-    unsigned mGeneration = 0;
-    std::string mResolveText;
-    std::set<std::string> mPinned;
-    std::set<std::string> mUnpinned;
-    bool mDatesUnchecked = false;
-};
 
 // One call's request, in the form all four overloads reduce to.
 struct Exchange {
@@ -315,7 +148,7 @@ bool fail(ErrorType& error, std::string& errorMessage, ErrorType type, const std
 // Owns what a call hands to curl by pointer, released in the right order.
 class Call {
   public:
-    Call(Runtime& runtime, const Runtime::Lease& lease) : mRuntime(runtime), mLease(lease) {}
+    Call(HandlePool& runtime, const HandlePool::Lease& lease) : mRuntime(runtime), mLease(lease) {}
     ~Call() {
         mRuntime.release(mLease);
         curl_slist_free_all(mHeaders);
@@ -333,8 +166,8 @@ class Call {
         return true;
     }
 
-    Runtime& mRuntime;
-    Runtime::Lease mLease;
+    HandlePool& mRuntime;
+    HandlePool::Lease mLease;
     curl_slist* mHeaders = nullptr;
     curl_slist* mResolve = nullptr;
     curl_slist* mConnectTo = nullptr;
@@ -362,7 +195,7 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
         }
     }
 
-    Runtime& runtime = Runtime::instance();
+    HandlePool& runtime = HandlePool::instance();
     if (!runtime.ready()) {
         return fail(error, errorMessage, ERROR_HTTP_INIT, "libcurl could not be initialised");
     }
@@ -371,7 +204,7 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
     // until the handle is reset.
     detail::ConnectionRules rules;
     const std::vector<std::string> pins = runtime.pins(generation, rules.datesUnchecked());
-    Runtime::Lease lease = runtime.acquire(generation);
+    HandlePool::Lease lease = runtime.acquire(generation);
     if (lease.handle == nullptr) {
         return fail(error, errorMessage, ERROR_HTTP_INIT, "no curl handle");
     }
@@ -525,7 +358,8 @@ bool HTTPRequest::httpRequest(int& status, std::string& response, ErrorType& err
     x.cookie = cookie;
     x.timeoutMs = timeoutMs > 0 ? timeoutMs : kDefaultTimeoutMs;
 
-    const std::string override = envValue("VELMAR_DNS_SERVERS");
+    const char* set = std::getenv("VELMAR_DNS_SERVERS");
+    const std::string override = set != nullptr ? set : "";
     const std::string servers = override.empty() ? dnsServers : override;
     std::string host;
     std::string port;
