@@ -16,6 +16,12 @@ std::string encodeFormFields(const std::map<std::string, std::vector<std::string
 // Base URL and path joined with exactly one "/" between them.
 std::string joinUrl(const std::string& baseUrl, const std::string& path);
 
+// Why a request cannot go out as given, "" when it can: a method that is no
+// HTTP token, or a line break in the URL, the cookie or a header line (it
+// would end the line and forge another).
+std::string refusal(const std::string& method, const std::string& url, const std::string& cookie,
+                    const std::vector<std::string>& headers);
+
 // Decodes "a=1&b=%20" pairs ("+" reads as a space); malformed escapes are kept.
 std::vector<std::pair<std::string, std::string>> decodeParams(const std::string& text);
 

@@ -2,6 +2,9 @@
 // the same on the device and in the tests.
 #include "velmar/http/HTTPRequest.h"
 
+#include <cctype>
+#include <cstring>
+
 #include "FormEncoding.h"
 
 namespace velmar {
@@ -66,6 +69,23 @@ std::string encodeFormFields(const std::map<std::string, std::vector<std::string
         }
     }
     return out;
+}
+
+std::string refusal(const std::string& method, const std::string& url, const std::string& cookie,
+                    const std::vector<std::string>& headers) {
+    const auto lineBreak = [](const std::string& text) {
+        return text.find_first_of("\r\n") != std::string::npos;
+    };
+    bool token = !method.empty();
+    for (unsigned char c : method)
+        token = token &&
+                (std::isalnum(c) || (c != '\0' && std::strchr("!#$%&'*+-.^_`|~", c) != nullptr));
+    if (!token) return "bad method \"" + method + "\"";
+    if (lineBreak(url) || lineBreak(cookie)) return "line break in URL or cookie";
+    for (const auto& line : headers) {
+        if (lineBreak(line)) return "line break in a header line";
+    }
+    return "";
 }
 
 std::string joinUrl(const std::string& baseUrl, const std::string& path) {

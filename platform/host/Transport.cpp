@@ -68,18 +68,6 @@ size_t writeBody(char* data, size_t size, size_t count, void* user) {
     return n;
 }
 
-bool isToken(const std::string& text) {
-    if (text.empty()) return false;
-    for (unsigned char c : text) {
-        if (!std::isalnum(c) && std::strchr("!#$%&'*+-.^_`|~", c) == nullptr) return false;
-    }
-    return true;
-}
-
-bool hasLineBreak(const std::string& text) {
-    return text.find_first_of("\r\n") != std::string::npos;
-}
-
 bool startsWithNoCase(const std::string& text, const char* prefix) {
     const size_t n = std::strlen(prefix);
     return text.size() >= n && strncasecmp(text.c_str(), prefix, n) == 0;
@@ -183,17 +171,8 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
     std::string method = x.method;
     std::transform(method.begin(), method.end(), method.begin(),
                    [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    if (!isToken(method)) {
-        return fail(error, errorMessage, ERROR_HTTP_INIT, "bad method \"" + x.method + "\"");
-    }
-    if (hasLineBreak(x.url) || hasLineBreak(x.cookie)) {
-        return fail(error, errorMessage, ERROR_HTTP_INIT, "line break in URL or cookie");
-    }
-    for (const auto& line : *x.headers) {
-        if (hasLineBreak(line)) {
-            return fail(error, errorMessage, ERROR_HTTP_INIT, "line break in a header line");
-        }
-    }
+    const std::string unsendable = detail::refusal(x.method, x.url, x.cookie, *x.headers);
+    if (!unsendable.empty()) return fail(error, errorMessage, ERROR_HTTP_INIT, unsendable);
 
     HandlePool& runtime = HandlePool::instance();
     if (!runtime.ready()) {

@@ -289,11 +289,16 @@ namespace {
 bool answer(Call call, int& status, std::string& response, ErrorType& error,
             std::string& errorMessage) {
     Lock lock(gMutex);
+    // Refused as the host refuses it, before an answer is taken.
+    const std::string refused =
+        http::detail::refusal(call.method, call.url, call.cookie, call.headers);
     state().calls.push_back(std::move(call));
-    if (state().nextAnswer >= state().answers.size()) {
+    const bool unanswered = state().nextAnswer >= state().answers.size();
+    if (!refused.empty() || unanswered) {
         status = 0;
-        error = utils::ERROR_HTTP_CONNECT;
-        errorMessage = "no scripted answer";
+        response.clear();
+        error = refused.empty() ? utils::ERROR_HTTP_CONNECT : utils::ERROR_HTTP_INIT;
+        errorMessage = refused.empty() ? "no scripted answer" : refused;
         return false;
     }
     const Answer& a = state().answers[state().nextAnswer++];
@@ -438,6 +443,7 @@ bool FileUtils::writeAtomically(const std::string& path, const std::string& cont
     fake::Lock lock(fake::gMutex);
     if (fake::state().failWrites) return false;
     fake::state().written[path] = content;
+    fake::state().files[path] = content;  // read back as the device would
     return true;
 }
 

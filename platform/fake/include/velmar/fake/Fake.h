@@ -46,7 +46,8 @@ int overlappingActions();
 void failHmac(bool fail);
 // Byte strings handed out by str_hmac_sha256 and not yet destroyed.
 int liveByteStrings();
-// Files read with file_read_string, by device path; missing path = -1.
+// Files read with file_read_string, by device path; missing path = -1. A
+// file written with FileUtils::writeAtomically is read back too.
 void setFile(const std::string& path, const std::string& content);
 // Files written with FileUtils::writeAtomically, by device path.
 std::optional<std::string> writtenFile(const std::string& path);
@@ -85,7 +86,9 @@ struct Answer {
 };
 
 // Queues an answer; calls consume answers in order. With the queue empty a
-// call fails: false, status 0, ERROR_HTTP_CONNECT, "no scripted answer".
+// call fails: false, status 0, no body, ERROR_HTTP_CONNECT, "no scripted
+// answer". A bad method or a line break in the URL, cookie or a header line
+// fails as on the host (ERROR_HTTP_INIT) without taking an answer.
 void pushAnswer(const Answer& answer);
 void pushBody(const std::string& body, int status = 200);
 void pushFailure(ErrorType error = utils::ERROR_HTTP_CONNECT,
