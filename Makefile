@@ -8,14 +8,17 @@ ASAN_BUILD ?= build-asan
 BENCH_BUILD ?= build-bench
 FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 30
+PORT_CHECK_BUILD ?= build-port-check
+empty :=
+space := $(empty) $(empty)
 # The architectures whose cross builds `make bench` makes (or brings up to
 # date) for the size table; empty: only those already built are shown.
 BENCH_CROSS ?= aarch64 armhf
 FUZZERS := $(basename $(notdir $(wildcard tests/fuzz/*Fuzz.cpp)))
 NETNS := scripts/netns-run
 
-.PHONY: all deps build build-asan test test-normal test-asan demo bench cross-aarch64 cross-armhf \
-	test-aarch64 test-armhf abi-check abi-baseline deb \
+.PHONY: all deps build build-asan test test-normal test-asan port-check demo bench cross-aarch64 \
+	cross-armhf test-aarch64 test-armhf abi-check abi-baseline deb \
 	fuzz fuzz-build fuzz-run format format-check clean
 
 all: build
@@ -44,6 +47,24 @@ test-asan: build-asan
 
 # The whole suite twice: a normal build, then AddressSanitizer+UndefinedBehaviorSanitizer.
 test: test-normal test-asan
+
+# The porting contract (tests/port) against the host port and the fake; with
+# VELMAR_PORT_LIBRARIES="/abs/libfoo.so ..." against those libraries instead,
+# built alone in $(PORT_CHECK_BUILD). Prints one line per point that fails or
+# is skipped ("FAIL <point>: <what was expected>"); fails when a point fails.
+port-check: deps
+ifeq ($(strip $(VELMAR_PORT_LIBRARIES)),)
+	$(MAKE) $(BUILD)/build.ninja
+	cmake --build $(BUILD) -j $(JOBS) --target port_contract_host port_contract_fake
+	$(NETNS) $(BUILD)/tests/port_contract_host --summary; host=$$?; \
+	$(NETNS) $(BUILD)/tests/port_contract_fake --summary && exit $$host
+else
+	cmake -S . -B $(PORT_CHECK_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	    "-DVELMAR_PORT_LIBRARIES=$(subst $(space),;,$(strip $(VELMAR_PORT_LIBRARIES)))" \
+	    -DVELMAR_BUILD_TOOLS=OFF
+	cmake --build $(PORT_CHECK_BUILD) -j $(JOBS) --target port_contract_integrator
+	$(NETNS) $(PORT_CHECK_BUILD)/tests/port_contract_integrator --summary
+endif
 
 demo: build
 	$(NETNS) scripts/demo $(BUILD)
@@ -108,5 +129,5 @@ format-check:
 	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) build-aarch64 build-armhf \
+	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) $(PORT_CHECK_BUILD) build-aarch64 build-armhf \
 	    build-test-aarch64 build-test-armhf build-roots build-deb
