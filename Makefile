@@ -7,6 +7,7 @@ BUILD ?= build
 ASAN_BUILD ?= build-asan
 BENCH_BUILD ?= build-bench
 FUZZ_BUILD ?= build-fuzz
+COVERAGE_BUILD ?= build-coverage
 FUZZ_SECONDS ?= 30
 PORT_CHECK_BUILD ?= build-port-check
 empty :=
@@ -19,7 +20,7 @@ NETNS := scripts/netns-run
 
 .PHONY: all deps build build-asan test test-normal test-asan port-check demo bench cross-aarch64 \
 	cross-armhf test-aarch64 test-armhf abi-check abi-baseline deb \
-	fuzz fuzz-build fuzz-run format format-check clean
+	coverage fuzz fuzz-build fuzz-run format format-check clean
 
 all: build
 
@@ -86,6 +87,17 @@ cross-aarch64 cross-armhf: cross-%:
 test-aarch64 test-armhf: test-%:
 	JOBS=$(JOBS) scripts/test-target $*
 
+# The whole suite in a gcov build, then the per-directory table of lines and
+# branches covered against the targets (scripts/coverage); fails when one is
+# missed. The per-file report is $(COVERAGE_BUILD)/coverage/index.html.
+coverage: deps
+	@scripts/install-deps gcovr
+	cmake -S . -B $(COVERAGE_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DVELMAR_COVERAGE=ON -DVELMAR_WERROR=ON
+	cmake --build $(COVERAGE_BUILD) -j $(JOBS)
+	find $(COVERAGE_BUILD) -name '*.gcda' -delete
+	$(NETNS) ctest --test-dir $(COVERAGE_BUILD) --output-on-failure -j $(JOBS)
+	scripts/coverage $(COVERAGE_BUILD)
+
 # The libFuzzer harnesses (clang, ASan+UBSan), each run for FUZZ_SECONDS from
 # its seeds; new inputs go to $(FUZZ_BUILD)/corpus, findings to
 # $(FUZZ_BUILD)/artifacts. Not part of `make test`.
@@ -129,5 +141,5 @@ format-check:
 	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) $(PORT_CHECK_BUILD) build-aarch64 build-armhf \
-	    build-test-aarch64 build-test-armhf build-roots build-deb
+	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) $(COVERAGE_BUILD) $(PORT_CHECK_BUILD) \
+	    build-aarch64 build-armhf build-test-aarch64 build-test-armhf build-roots build-deb
