@@ -12,27 +12,29 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "velmar/utils/ErrorType.h"
-
-namespace velmar {
-namespace port {
+namespace velmar::port {
 
 // Thrown where a port cannot be prepared for a point: the point is skipped.
 struct Skip {
     std::string reason;
 };
 
-// What some points need beyond the port's own functions.
-enum class Need {
-    Wire,          // seeing what reached the server
-    TimeOut,       // a server that answers late
-    LargeAnswers,  // a server that answers megabytes
-    SystemClock,   // the port's clock follows the system's
-    ConfigText,    // a configuration file given as text
-    Commands,      // ExecUtils running real shell commands
-    IdCheck,       // uid_isvalid_str checking the text
+// What some points need beyond the port's own functions: seeing what reached
+// the server, a server that answers late, one that answers megabytes, a clock
+// that follows the system's, a configuration file given as text, ExecUtils
+// running real commands, uid_isvalid_str checking the text.
+enum class Need { Wire, TimeOut, LargeAnswers, SystemClock, ConfigText, Commands, IdCheck };
+
+// How the server answers every request.
+struct Serve {
+    int status = 200;  // 0: the connection is refused
+    std::string body = "{}";
+    int lateMs = 0;     // the answer comes only after this
+    size_t bytes = 0;   // not 0: a 200 answer of this many bytes
+    bool echo = false;  // 200 with "METHOD QUERY BODY" of the request
 };
 
 // One request as the server received it; header names in lower case.
@@ -45,25 +47,20 @@ struct Sent {
 class Port {
   public:
     virtual ~Port() = default;
-    // Why the port cannot provide `need`; nullptr when it can.
+    // Why the port cannot provide `need`; nullptr when it can. require()
+    // skips the point then.
     virtual const char* lacks(Need need) const = 0;
-
-    // The base URL of a server that answers every path with `status` and
-    // `body`; with status 0, of one that refuses the connection.
-    virtual std::string serve(int status, const std::string& body) = 0;
-    // One that answers only after `ms`; one that answers 200 with `bytes` bytes;
-    // one that answers "/contract/echo" with 200 and "METHOD QUERY BODY".
-    virtual std::string serveLate(int ms) = 0;
-    virtual std::string serveBytes(size_t bytes) = 0;
-    virtual std::string serveEcho() = 0;
+    void require(Need need) const {
+        if (const char* reason = lacks(need)) throw Skip{reason};
+    }
+    // The base URL of a server that answers as `serve` says.
+    virtual std::string serve(const Serve& serve) = 0;
     // Resolvers ("a.b.c.d:port,...") that know the host name in named(baseUrl).
     virtual std::string resolvers() = 0;
-    virtual std::string named(const std::string& baseUrl) = 0;
+    virtual std::string named(std::string baseUrl) = 0;
     // What the server received, oldest first.
     virtual std::vector<Sent> sent() = 0;
-
-    // Stores a device value under its store name ("sn", "device_token",
-    // "rssi", ...); nullopt: no value at all.
+    // Stores a device value by its store name ("sn", "rssi", ...); nullopt: none.
     virtual void store(const std::string& name, const std::optional<std::string>& value) = 0;
     // The path to hand ConfigFile, or file_read_string, for a file holding
     // `content`; nullopt: no such file.
@@ -71,13 +68,15 @@ class Port {
     virtual std::string deviceFile(const std::optional<std::string>& content) = 0;
 };
 
-// Made by the adapter linked in, anew for each point.
+// Made by the adapter linked in, anew for each point; VELMAR_PORT_ADAPTER
+// names the adapter's class.
 std::unique_ptr<Port> makePort();
 extern const char* const kPortName;
-
-inline void require(const Port& port, Need need) {
-    if (const char* reason = port.lacks(need)) throw Skip{reason};
-}
+#define VELMAR_PORT_ADAPTER(Class, name)                           \
+    const char* const velmar::port::kPortName = name;              \
+    std::unique_ptr<velmar::port::Port> velmar::port::makePort() { \
+        return std::make_unique<Class>();                          \
+    }
 
 // What a point found wrong, in words: `status 404 (got 200); body "x" (got "")`.
 class Verdict {
@@ -89,36 +88,38 @@ class Verdict {
     void equal(const std::string& what, const Got& got, const Wanted& wanted) {
         expect(got == wanted, what + " " + show(wanted) + " (got " + show(got) + ")");
     }
-    const std::string& missed() const { return mMissed; }
-
     template <typename T>
     static std::string show(const T& value) {
         const std::string text = ::testing::PrintToString(value);
         return text.size() > 72 ? text.substr(0, 64) + "...[" + std::to_string(text.size()) + "]"
                                 : text;
     }
-    static std::string show(utils::ErrorType error) {
-        return std::to_string(static_cast<int>(error)) + " " + Error::getErrorMessage(error);
-    }
+    const std::string& missed() const { return mMissed; }
 
   private:
-    using Error = utils::ErrorCode;
     std::string mMissed;
 };
 
 struct Point {
     std::string name;  // "transport.url: a 404 answer is an answer too: ..."
     std::function<void(Port&, Verdict&)> check;
+    friend void PrintTo(const Point& point, std::ostream* out) { *out << point.name; }
 };
-inline void PrintTo(const Point& point, std::ostream* out) {
-    *out << point.name;
+
+// Runs `call(t)` for t = 0..3 on four threads at once; what each returned.
+inline std::vector<std::string> onThreads(const std::function<std::string(int)>& call) {
+    std::vector<std::string> out(4);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&call, &out, t] { out[t] = call(t); });
+    for (auto& thread : threads)
+        thread.join();
+    return out;
 }
 
 class Contract : public ::testing::TestWithParam<Point> {};
 // gtest's name of a point: its words, "_" for the rest.
 std::string testName(const ::testing::TestParamInfo<Point>& info);
-// The points of one part of the contract, in one list.
 std::vector<Point> joined(std::initializer_list<std::vector<Point>> parts);
 
-}  // namespace port
-}  // namespace velmar
+}  // namespace velmar::port

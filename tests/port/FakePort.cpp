@@ -3,12 +3,7 @@
 #include "Contract.h"
 #include "velmar/fake/Fake.h"
 
-namespace velmar {
-namespace port {
-
-const char* const kPortName = "fake";
-
-namespace {
+namespace velmar::port {
 
 class FakePort : public Port {
   public:
@@ -16,56 +11,33 @@ class FakePort : public Port {
     ~FakePort() override { fake::reset(); }
 
     const char* lacks(Need need) const override {
-        switch (need) {
-            case Need::Wire:
-                return "the fake port sends nothing: it records each call's arguments";
-            case Need::TimeOut:
-                return "the fake port has no server to wait for: a unit test scripts "
-                       "ERROR_HTTP_TIMEOUT with fake::pushFailure";
-            case Need::LargeAnswers:
-                return "the fake port has no size cap: it hands over the scripted body";
-            case Need::SystemClock:
-                return "the fake port's clock stands still for the unit tests (fake::setNow)";
-            case Need::ConfigText:
-                return "the fake port takes configuration values (fake::setConfig), not file text";
-            case Need::Commands:
-                return "the fake port runs no command: a unit test scripts its result "
-                       "(fake::pushExec)";
-            case Need::IdCheck:
-                return "the fake port's uid_isvalid_str answers what a unit test scripts "
-                       "(fake::setUidInvalid), so that the library's handling of an id that does "
-                       "not parse can be reached";
-        }
-        return nullptr;
+        static const char* const kReasons[] = {
+            "the fake port sends nothing: it records the arguments of a call",
+            "the fake port has no server to wait for (a test scripts ERROR_HTTP_TIMEOUT)",
+            "the fake port has no size cap: it hands over the body a test scripts",
+            "the fake port's clock stands still for the unit tests (fake::setNow)",
+            "the fake port takes configuration values (fake::setConfig), not file text",
+            "the fake port runs no command: a test scripts its result (fake::pushExec)",
+            "the fake port's uid_isvalid_str answers as a test scripts (fake::setUidInvalid)"};
+        return kReasons[static_cast<int>(need)];
     }
-
-    // Answers enough for any point; with none the fake refuses the call, as a
+    // Answers enough for any point; with none the fake refuses a call, as a
     // closed port does.
-    std::string serve(int status, const std::string& body) override {
-        if (status != 0) {
-            for (int i = 0; i < 16; ++i)
-                fake::pushBody(body, status);
-        }
+    std::string serve(const Serve& s) override {
+        for (int i = 0; i < 16 && s.status != 0; ++i)
+            fake::pushBody(s.body, s.status);
         return "http://contract.test";
     }
-    std::string serveLate(int) override { return ""; }
-    std::string serveBytes(size_t) override { return ""; }
-    std::string serveEcho() override { return ""; }
     std::string resolvers() override { return "127.0.0.1"; }
-    std::string named(const std::string& baseUrl) override { return baseUrl; }
+    std::string named(std::string baseUrl) override { return baseUrl; }
     std::vector<Sent> sent() override { return {}; }
 
     void store(const std::string& name, const std::optional<std::string>& value) override {
-        if (name == "rssi") {
-            fake::setRssi(value ? std::stoi(*value) : 0);
-        } else if (value) {
-            fake::setDeviceValue(name, *value);
-        } else {
-            fake::clearDeviceValue(name);
-        }
+        if (name == "rssi") return fake::setRssi(value ? std::stoi(*value) : 0);
+        value ? fake::setDeviceValue(name, *value) : fake::clearDeviceValue(name);
     }
     std::string configFile(const std::optional<std::string>& text) override {
-        if (text) throw Skip{lacks(Need::ConfigText)};
+        if (text) require(Need::ConfigText);
         return "/usr/share/quil/messaging/messaging.conf";
     }
     // A new path each time: the fake cannot remove a file.
@@ -79,11 +51,6 @@ class FakePort : public Port {
     int mFiles = 0;
 };
 
-}  // namespace
+}  // namespace velmar::port
 
-std::unique_ptr<Port> makePort() {
-    return std::make_unique<FakePort>();
-}
-
-}  // namespace port
-}  // namespace velmar
+VELMAR_PORT_ADAPTER(velmar::port::FakePort, "fake")

@@ -6,8 +6,7 @@
 
 #include "Contract.h"
 
-namespace velmar {
-namespace port {
+namespace velmar::port {
 
 std::string testName(const ::testing::TestParamInfo<Point>& info) {
     std::string name = std::to_string(info.index);
@@ -52,24 +51,21 @@ class Summary : public ::testing::EmptyTestEventListener {
                   << unit.failed_test_count() << " failed, " << unit.skipped_test_count()
                   << " skipped\n";
         for (const auto& line : mLines)
-            std::cout << line << "\n";
-        std::cout << std::flush;
+            std::cout << line << std::endl;
     }
     std::string mPoint;
     std::vector<std::string> mLines;
 };
 
 }  // namespace
-}  // namespace port
-}  // namespace velmar
+}  // namespace velmar::port
 
 // "--summary": the summary alone, without gtest's own report (make port-check).
 int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
-    auto& listeners = ::testing::UnitTest::GetInstance()->listeners();
-    if (argc > 1 && std::string(argv[1]) == "--summary") {
-        delete listeners.Release(listeners.default_result_printer());
-    }
-    listeners.Append(new velmar::port::Summary);
+    auto& all = ::testing::UnitTest::GetInstance()->listeners();
+    if (argc > 1 && argv[1] == std::string("--summary"))
+        delete all.Release(all.default_result_printer());
+    all.Append(new velmar::port::Summary);
     return RUN_ALL_TESTS();
 }

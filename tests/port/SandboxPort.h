@@ -1,67 +1,46 @@
-// What the ports that really send share in the contract: the local cloud,
-// started in process when a point first needs a server, and a temporary
-// $VELMAR_ROOT so that nothing is written outside it.
+// What the ports that really send share in the contract: the integration
+// tests' sandbox (a temporary $VELMAR_ROOT with a device store and the local
+// cloud in process, its resolver answering 127.0.0.1 for every name), so that
+// nothing is written outside it. An adapter adds how a device value is stored.
 #pragma once
 
-#include <stdlib.h>
-
-#include <filesystem>
-#include <fstream>
-
+#include "CloudFixture.h"
 #include "Contract.h"
-#include "quilcloud/Cloud.h"
+#include "velmar/utils/FileUtils.h"
 
-namespace velmar {
-namespace port {
+namespace velmar::port {
 
-class SandboxPort : public Port {
+class SandboxPort : public Port, public testing::CloudFixture {
   public:
     SandboxPort() {
-        char pattern[] = "/tmp/velmar-port-XXXXXX";
-        if (mkdtemp(pattern) == nullptr) throw std::runtime_error("no temporary directory");
-        mRoot = pattern;
-        std::filesystem::create_directories(mRoot / "data/device");  // as on a device
-        setenv("VELMAR_ROOT", mRoot.c_str(), 1);
+        SetUp();
         // The environment's redirections would change what a point proves.
-        for (const char* name :
-             {"VELMAR_DNS_SERVERS", "VELMAR_RESOLVE", "VELMAR_PROXY", "VELMAR_CA_FILE"})
+        for (const char* name : {"VELMAR_DNS_SERVERS", "VELMAR_PROXY"})
             unsetenv(name);
     }
-    ~SandboxPort() override {
-        mCloud.reset();
-        unsetenv("VELMAR_ROOT");
-        std::error_code ignored;
-        std::filesystem::remove_all(mRoot, ignored);
-    }
+    ~SandboxPort() override { TearDown(); }
+    void TestBody() override {}
+    int dnsPort() const override { return 0; }
 
     const char* lacks(Need) const override { return nullptr; }
-
-    std::string serve(int status, const std::string& body) override {
-        cloud().script("*", quilcloud::Scripted::answer(status, body));
-        return status == 0 ? "http://127.0.0.1:1" : cloud().baseUrl();  // nothing listens on port 1
-    }
-    std::string serveLate(int ms) override {
-        cloud().script("*", quilcloud::Scripted::delay(ms));
-        return cloud().baseUrl();
-    }
-    std::string serveBytes(size_t bytes) override {
-        cloud().script("*", quilcloud::Scripted::oversize(bytes));
-        return cloud().baseUrl();
-    }
-    std::string serveEcho() override {
-        for (const char* method : {"GET", "POST"}) {
-            cloud().route(method, "/contract/echo",
-                          [](const quilcloud::Received& r, quilcloud::Reply& reply) {
-                              reply.json(200, r.method + " " + r.query + " " + r.body);
-                          });
+    std::string serve(const Serve& s) override {
+        using quilcloud::Scripted;
+        if (s.echo) {
+            for (const char* method : {"GET", "POST"}) {
+                cloud().route(method, "/*", [](const quilcloud::Received& r, quilcloud::Reply& a) {
+                    a.json(200, r.method + " " + r.query + " " + r.body);
+                });
+            }
+        } else {
+            cloud().script("*", s.bytes    ? Scripted::oversize(s.bytes)
+                                : s.lateMs ? Scripted::delay(s.lateMs)
+                                           : Scripted::answer(s.status, s.body));
         }
-        return cloud().baseUrl();
+        return s.status == 0 ? "http://127.0.0.1:1" : baseUrl();  // port 1: nobody listens
     }
     std::string resolvers() override { return cloud().dnsServers(); }
-    std::string named(const std::string& baseUrl) override {
-        const std::string address = "127.0.0.1";
-        const size_t at = baseUrl.find(address);
-        return baseUrl.substr(0, at) + "contract.quil.test" + baseUrl.substr(at + address.size());
+    std::string named(std::string url) override {
+        return url.replace(url.find("127.0.0.1"), 9, "contract.quil.test");
     }
     std::vector<Sent> sent() override {
         std::vector<Sent> all;
@@ -70,34 +49,29 @@ class SandboxPort : public Port {
                 {r.method, r.path, r.query, r.body, {r.headers.begin(), r.headers.end()}});
         return all;
     }
+    // A new file in the sandbox, where the port's FileUtils::devicePath puts
+    // it (under $VELMAR_ROOT for a port that honours it).
+    std::string configFile(const std::optional<std::string>& text) override { return file(text); }
+    std::string deviceFile(const std::optional<std::string>& content) override {
+        return file(content);
+    }
 
   protected:
     // Writes `content` to the real path `path`, or removes it.
     static void place(const std::filesystem::path& path,
                       const std::optional<std::string>& content) {
         std::filesystem::create_directories(path.parent_path());
-        std::error_code ignored;
-        std::filesystem::remove(path, ignored);
+        std::filesystem::remove(path);
         if (content) std::ofstream(path, std::ios::binary) << *content;
     }
-    const std::filesystem::path& root() const { return mRoot; }
 
   private:
-    quilcloud::Cloud& cloud() {
-        if (!mCloud) {
-            quilcloud::Cloud::Options options;
-            options.dnsPort = 0;  // its resolver answers 127.0.0.1 for every name
-            options.workDir = (mRoot / "cloud").string();
-            std::filesystem::create_directories(options.workDir);
-            mCloud = std::make_unique<quilcloud::Cloud>(options);
-            if (!mCloud->start()) throw std::runtime_error("the local cloud: " + mCloud->error());
-        }
-        return *mCloud;
+    std::string file(const std::optional<std::string>& content) {
+        const std::string path = (root() / ("file-" + std::to_string(++mFiles))).string();
+        place(utils::FileUtils::devicePath(path), content);
+        return path;
     }
-
-    std::filesystem::path mRoot;
-    std::unique_ptr<quilcloud::Cloud> mCloud;
+    int mFiles = 0;
 };
 
-}  // namespace port
-}  // namespace velmar
+}  // namespace velmar::port
