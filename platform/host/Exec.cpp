@@ -95,6 +95,7 @@ int highestDescriptor() {
 
 // In the child: close every descriptor from `first` on, in one system call
 // where the kernel has it.
+// GCOVR_EXCL_START: runs in the child, which execs before gcov writes its counts.
 void closeFrom(int first, int highest) {
 #if defined(SYS_close_range)
     if (::syscall(SYS_close_range, first, ~0U, 0) == 0) return;
@@ -102,6 +103,7 @@ void closeFrom(int first, int highest) {
     for (int fd = first; fd <= highest; ++fd)
         ::close(fd);
 }
+// GCOVR_EXCL_STOP
 
 enum class Outcome { Exited, TimedOut, Lost };
 
@@ -174,6 +176,7 @@ int ExecUtils::exec(std::string& output, const std::string& command) {
     ::pthread_sigmask(SIG_SETMASK, &all, &previous);
     const pid_t pid = ::fork();
     if (pid == 0) {
+        // GCOVR_EXCL_START: the child, which execs before gcov writes its counts.
         ::setpgid(0, 0);
         ::dup2(pipeFds[1], STDOUT_FILENO);
         ::fcntl(STDOUT_FILENO, F_SETFD, 0);  // when the pipe already was 1
@@ -193,6 +196,7 @@ int ExecUtils::exec(std::string& output, const std::string& command) {
         ::sigprocmask(SIG_SETMASK, &none, nullptr);
         ::execve(shell, argv, environ);
         ::_exit(127);
+        // GCOVR_EXCL_STOP
     }
     ::pthread_sigmask(SIG_SETMASK, &previous, nullptr);
     ::close(pipeFds[1]);

@@ -32,6 +32,7 @@ bool writeAll(int fd, const char* data, size_t size) {
     return true;
 }
 
+// GCOVR_EXCL_START: only a kernel without getrandom() (before 3.17) comes here.
 bool readUrandom(unsigned char* out, size_t size) {
     int fd = ::open("/dev/urandom", O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
@@ -45,6 +46,7 @@ bool readUrandom(unsigned char* out, size_t size) {
     ::close(fd);
     return filled == size;
 }
+// GCOVR_EXCL_STOP
 
 }  // namespace
 
@@ -103,6 +105,8 @@ std::vector<unsigned char> RandomUtils::nextBytes(unsigned count) {
         ssize_t n = ::getrandom(out.data() + filled, count - filled, 0);
         if (n > 0) {
             filled += static_cast<size_t>(n);
+            // GCOVR_EXCL_START: getrandom() fails only when interrupted, on a kernel
+            // without it (3.17) or with no random source: none can be made here.
         } else if (n < 0 && errno == EINTR) {
             continue;
         } else if (n < 0 && errno == ENOSYS && readUrandom(out.data() + filled, count - filled)) {
@@ -113,6 +117,7 @@ std::vector<unsigned char> RandomUtils::nextBytes(unsigned count) {
             static const char message[] = "velmar: no system random source\n";
             writeAll(STDERR_FILENO, message, sizeof(message) - 1);
             std::abort();
+            // GCOVR_EXCL_STOP
         }
     }
     return out;
