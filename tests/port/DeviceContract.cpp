@@ -12,13 +12,11 @@ namespace velmar::port {
 namespace {
 
 // How a function reports success: 0 only, any non-negative status, or only
-// a positive one.
+// a positive one (the enumerator's value less one is the least success).
 enum Convention { kZero, kNotNegative, kPositive };
 const char* const kSuccess[] = {"0", "a non-negative status", "a positive status"};
 const char* const kFailure[] = {"non-zero", "negative", "not positive"};
-bool succeeded(Convention c, int status) {
-    return c == kZero ? status == 0 : c == kNotNegative ? status >= 0 : status > 0;
-}
+const auto succeeded = [](Convention c, int s) { return c == kZero ? s == 0 : s >= (c - 1); };
 
 struct Getter {
     const char* name;
@@ -95,8 +93,9 @@ std::vector<Point> getters() {
         // A value that fits, none, one a byte too long, an empty one.
         for (int length : {g.size - 1, -1, g.size, 0}) {
             const bool fits = length == g.size - 1;
-            const std::string what = length < 0
-                                         ? "no value stored"
+            const std::string what = length < 0 ? "no value stored"
+                                     : length == 0
+                                         ? "an empty value"
                                          : "a value of " + std::to_string(length) + " characters";
             points.push_back(
                 {call + ": " + what +
@@ -152,16 +151,18 @@ std::vector<Point> others() {
                    "-9223372036854775809", "99999999999999999999"})
                  v.expect(uid_isvalid_str(invalid) != 0, "non-zero for " + Verdict::show(invalid));
          }},
-        {"uid_clean: non-negative, uid_get fails after it; nothing to forget is no failure. "
-         "rssi_get: the stored signal strength, 0 when unknown",
+        {"uid_clean: non-negative, uid_get fails after it; nothing to forget is no failure",
          [](Port& port, Verdict& v) {
              port.store("uid", "42");
-             v.expect(uid_clean() >= 0 && uid_clean() >= 0, "uid_clean non-negative, twice");
+             v.expect(uid_clean() >= 0 && uid_clean() >= 0, "non-negative, twice");
              expectRead(v, getter("uid"), read(getter("uid"), 64), std::nullopt);
+         }},
+        {"rssi_get: the stored signal strength, 0 when unknown",
+         [](Port& port, Verdict& v) {
              port.store("rssi", "-61");
-             v.equal("rssi stored -61", rssi_get(), -61);
+             v.equal("stored -61", rssi_get(), -61);
              port.store("rssi", std::nullopt);
-             v.equal("rssi unknown", rssi_get(), 0);
+             v.equal("unknown", rssi_get(), 0);
          }},
         {"file_read_string(path, buf, 128): the bytes read and the text, cut to the buffer; "
          "negative for a missing file; FileUtils::writeAtomically then replaces the text whole",

@@ -10,9 +10,8 @@ namespace velmar::port {
 
 std::string testName(const ::testing::TestParamInfo<Point>& info) {
     std::string name = std::to_string(info.index);
-    for (unsigned char c : info.param.name.substr(0, 100)) {
+    for (unsigned char c : info.param.name.substr(0, 100))
         if (std::isalnum(c) || name.back() != '_') name += std::isalnum(c) ? char(c) : '_';
-    }
     return name;
 }
 
