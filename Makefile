@@ -95,7 +95,7 @@ fuzz-run:
 	@for h in $(FUZZERS); do \
 	    mkdir -p $(FUZZ_BUILD)/corpus/$$h && \
 	    $(NETNS) $(FUZZ_BUILD)/tests/fuzz/$$h -max_total_time=$(FUZZ_SECONDS) -timeout=25 \
-	        -print_final_stats=1 -artifact_prefix=$(FUZZ_BUILD)/artifacts/$$h- \
+	        -close_fd_mask=1 -print_final_stats=1 -artifact_prefix=$(FUZZ_BUILD)/artifacts/$$h- \
 	        $(FUZZ_BUILD)/corpus/$$h tests/fuzz/corpus/$$h || exit 1; \
 	done
 
