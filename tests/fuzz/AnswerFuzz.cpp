@@ -1,10 +1,8 @@
 // Every answer of the cloud's services that an exported call reads, but for
 // the song lists (SongListFuzz): the first byte picks the call, the rest is
-// the cloud's body. Rows are only appended, so that the first byte of a seed
-// keeps naming its call. An answer a call hands over as it is must arrive
-// byte for byte; the privacy settings handed out must be a JSON object.
+// the cloud's body. An answer a call hands over as it is must arrive byte for
+// byte; the privacy settings handed out must be a JSON object.
 #include <functional>
-#include <iterator>
 
 #include "Harness.h"
 #include "velmar/quil/QuilConfigUtils.h"
@@ -141,18 +139,16 @@ const Row kRows[] = {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size == 0) return 0;
-    fuzz::freshDevice();
-    const std::string body(reinterpret_cast<const char*>(data) + 1, size - 1);
-    velmar::fake::pushBody(body);
-    const Row& row = kRows[data[0] % std::size(kRows)];
+    std::string body;
+    const Row* row = fuzz::answerRow(kRows, data, size, body);
+    if (row == nullptr) return 0;
     Out out;
-    if (row.call(out) != 0) return 0;
-    const std::string shown = std::string(row.name) + ": " + out.text;
+    if (row->call(out) != 0) return 0;
+    const std::string shown = std::string(row->name) + ": " + out.text;
     rapidjson::Document document;
-    fuzz::require(row.check != kVerbatim || out.text == body, "answer not handed over as it is",
+    fuzz::require(row->check != kVerbatim || out.text == body, "answer not handed over as it is",
                   shown);
-    fuzz::require(row.check != kObject || (fuzz::parse(document, out.text) && document.IsObject()),
+    fuzz::require(row->check != kObject || (fuzz::parse(document, out.text) && document.IsObject()),
                   "no JSON object handed out", shown);
     return 0;
 }

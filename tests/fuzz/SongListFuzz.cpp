@@ -1,12 +1,11 @@
-// The song-list answers: the first byte picks the call (rows are only
-// appended), the rest is the cloud's body. Every call ends in 0, 101 or 604
-// and leaves its result untouched unless it succeeds; what a success hands
-// out keeps every element of the answer's list (but for the song information,
-// which leaves out songs without a source) in its documented shape.
+// The song-list answers: the first byte picks the call, the rest is the
+// cloud's body. Every call ends in 0, 101 or 604 and leaves its result
+// untouched unless it succeeds; what a success hands out keeps every element
+// of the answer's list (but for the song information, which leaves out songs
+// without a source) in its documented shape.
 #include <json-c/json.h>
 
 #include <functional>
-#include <iterator>
 #include <vector>
 
 #include "Harness.h"
@@ -98,16 +97,14 @@ const Row kRows[] = {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size == 0) return 0;
-    fuzz::freshDevice();
-    const std::string body(reinterpret_cast<const char*>(data) + 1, size - 1);
-    velmar::fake::pushBody(body);
-    const Row& row = kRows[data[0] % std::size(kRows)];
+    std::string body;
+    const Row* row = fuzz::answerRow(kRows, data, size, body);
+    if (row == nullptr) return 0;
     std::string result = kKept;
-    const int status = row.call(result);
+    const int status = row->call(result);
     fuzz::require(status == 0 || status == 101 || status == 604, "undocumented status",
                   std::to_string(status));
-    if (status == 0) row.check(result, body);
+    if (status == 0) row->check(result, body);
     if (status != 0) fuzz::require(result == kKept, "result changed by a failure", result);
     return 0;
 }
