@@ -79,12 +79,14 @@ coverage: deps
 
 # The libFuzzer harnesses (clang, ASan+UBSan), each run for FUZZ_SECONDS from
 # its seeds; new inputs go to $(FUZZ_BUILD)/corpus, findings to
-# $(FUZZ_BUILD)/artifacts. Not part of `make test`.
+# $(FUZZ_BUILD)/artifacts, and a finding fails the run. Not part of `make
+# test`; CI runs it with FUZZ_SECONDS=20. llvm brings the symbolizer that puts
+# source lines into a finding's stack.
 fuzz: fuzz-build
 	$(MAKE) fuzz-run
 
 fuzz-build: deps
-	@scripts/install-deps clang libclang-rt-dev
+	@scripts/install-deps clang libclang-rt-dev llvm
 	cmake -S . -B $(FUZZ_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DVELMAR_BUILD_FUZZ=ON \
 	    -DVELMAR_BUILD_TESTS=OFF -DVELMAR_BUILD_TOOLS=OFF -DVELMAR_WERROR=ON
@@ -95,7 +97,7 @@ fuzz-run:
 	@for h in $(FUZZERS); do \
 	    mkdir -p $(FUZZ_BUILD)/corpus/$$h && \
 	    $(NETNS) $(FUZZ_BUILD)/tests/fuzz/$$h -max_total_time=$(FUZZ_SECONDS) -timeout=25 \
-	        -print_final_stats=1 -artifact_prefix=$(FUZZ_BUILD)/artifacts/$$h- \
+	        -close_fd_mask=1 -print_final_stats=1 -artifact_prefix=$(FUZZ_BUILD)/artifacts/$$h- \
 	        $(FUZZ_BUILD)/corpus/$$h tests/fuzz/corpus/$$h || exit 1; \
 	done
 
