@@ -68,6 +68,7 @@ class VELMAR_QUIL_EXPORT QuilConfigUtils {
     /// @param[out] value the platform's signal strength in decimal ("0" when unknown)
     /// @return true
     static bool getBSSID(std::string& value);
+    /// The serial number the device is known by.
     /// @param[out] sn the serial number, or "SN/" + MAC when the device has none stored
     /// @return false when neither is stored
     static bool getSN(std::string& sn);
@@ -78,6 +79,7 @@ class VELMAR_QUIL_EXPORT QuilConfigUtils {
     /// @throws std::invalid_argument, std::out_of_range when a text that passed
     ///     the validity test does not parse as a signed 64-bit decimal
     static bool getSuperAdmin(long long& userId);
+    /// The device's locale, from its country code.
     /// @param[out] locale "zh_TW" for country code "TW", "zh_CN" otherwise (also without one)
     /// @return true
     static bool getLocale(std::string& locale);
@@ -87,10 +89,12 @@ class VELMAR_QUIL_EXPORT QuilConfigUtils {
     /// @return false when either is missing, or the port text does not start
     ///     with a number that fits an int (logged)
     static bool getBrokerAddress(std::string& host, int& port);
+    /// The firmware-update status the platform keeps.
     /// @param[out] status the text of "/data/status/ota" without one trailing
     ///     newline; may be empty
     /// @return false when the file cannot be read
     static bool getOTAStatus(std::string& status);
+    /// When the upgrade service was last asked, as setUpgradeCheckDate() stored it.
     /// @param[out] date the date of the last upgrade check (`upgrade_date`); may be empty
     /// @return false when the platform reports a failure
     static bool getUpgradeCheckDate(std::string& date);
