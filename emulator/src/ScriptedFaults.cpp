@@ -14,6 +14,14 @@ namespace quilcloud {
 
 namespace {
 
+// A script of `kind`, every other member at its default.
+Scripted ofKind(Scripted::Kind kind, const std::string& body = "") {
+    Scripted s;
+    s.kind = kind;
+    s.body = body;
+    return s;
+}
+
 // The answer a script gives as it is: its status, body and type.
 Reply scriptedReply(const Scripted& s) {
     Reply reply;
@@ -26,50 +34,37 @@ Reply scriptedReply(const Scripted& s) {
 }  // namespace
 
 Scripted Scripted::answer(int status, const std::string& body) {
-    Scripted s;
-    s.kind = Kind::Answer;
+    Scripted s = ofKind(Kind::Answer, body);
     s.status = status;
-    s.body = body;
     return s;
 }
 
 Scripted Scripted::delay(int ms) {
-    Scripted s;
-    s.kind = Kind::Delay;
+    Scripted s = ofKind(Kind::Delay);
     s.delayMs = ms;
     return s;
 }
 
 Scripted Scripted::reset() {
-    Scripted s;
-    s.kind = Kind::Reset;
-    return s;
+    return ofKind(Kind::Reset);
 }
 
 Scripted Scripted::truncate(const std::string& body) {
-    Scripted s;
-    s.kind = Kind::Truncate;
-    s.body = body;
-    return s;
+    return ofKind(Kind::Truncate, body);
 }
 
 Scripted Scripted::oversize(size_t bytes) {
-    Scripted s;
-    s.kind = Kind::Oversize;
+    Scripted s = ofKind(Kind::Oversize);
     s.oversizeBytes = bytes;
     return s;
 }
 
 Scripted Scripted::resetMidAnswer(const std::string& body) {
-    Scripted s;
-    s.kind = Kind::ResetMidAnswer;
-    s.body = body;
-    return s;
+    return ofKind(Kind::ResetMidAnswer, body);
 }
 
 Scripted Scripted::trickle(size_t bytes, int everyMs) {
-    Scripted s;
-    s.kind = Kind::Trickle;
+    Scripted s = ofKind(Kind::Trickle);
     s.trickleBytes = bytes;
     s.trickleMs = everyMs;
     return s;
