@@ -30,8 +30,8 @@ class VELMAR_QUIL_EXPORT LogUploadAPI {
     /// @param[out] response the service's answer, whatever its HTTP status
     /// @param uploadID from generateUploadID(); its characters that would end
     ///     a path segment are percent-encoded
-    /// @param version the firmware version, put into "extra_data" unescaped
-    /// @param id the device's identifier for the service
+    /// @param version the version to report, put into "extra_data" unescaped
+    /// @param id sent as "id" as given
     /// @param payload the log, sent as given
     /// @return true when the transport delivered an answer without error,
     ///     whatever its HTTP status; false otherwise, or when `uploadID` is
@@ -48,8 +48,8 @@ class VELMAR_QUIL_EXPORT LogUploadAPI {
     /// @param[in,out] response the service's answer, appended to what it holds
     ///     (at most 8 MiB: a larger one aborts the transfer)
     /// @param uploadID from generateUploadID(); percent-encoded as for upload()
-    /// @param version the firmware version, put into "extra_data" unescaped
-    /// @param id the device's identifier for the service
+    /// @param version the version to report, put into "extra_data" unescaped
+    /// @param id sent as "id" as given
     /// @param timestamp sent as "_t" as given
     /// @param payloadPath the file to send
     /// @return true when the transfer completed, whatever the HTTP status;

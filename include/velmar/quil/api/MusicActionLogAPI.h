@@ -23,7 +23,7 @@ class VELMAR_QUIL_EXPORT MusicActionLogAPI {
     /// @param[out] result the raw answer, not parsed; empty on failure
     /// @param baseUrl the device cloud service (`sQuilAPIURL`)
     /// @param userId the user
-    /// @param appId the application the action happened in
+    /// @param appId sent as "appId" as given
     /// @param eventType the action (the caller's vocabulary)
     /// @param itemId the music item
     /// @param itemType its type

@@ -28,16 +28,18 @@ class VELMAR_QUIL_EXPORT UpgradeAPI {
 
     /// "GET" `sVeWiFiAPIURL` + "/rs/grayupgrade/v2/" + `platform` with
     /// "version", "filterID", "channel", "locale", "countryCode", "platform"
-    /// and their signature "s" (computeS()). An attempt that brings no 200
-    /// answer is tried once more with the host resolved through a fixed list
-    /// of resolvers (replaced by `VELMAR_DNS_SERVERS` on the host port).
+    /// and their signature "s" (computeS()). When the first attempt brings no
+    /// 200 answer without a transport error, a second one resolves the host
+    /// through a fixed list of resolvers (replaced by `VELMAR_DNS_SERVERS` on
+    /// the host port).
     /// @param[out] link "data"."upgradeInfo"."link" when an image is offered;
     ///     untouched otherwise (clear it first to tell the two apart); may be
     ///     written when the size then proves unreadable
     /// @param[out] size "data"."upgradeInfo"."size" when an image is offered;
     ///     untouched otherwise
-    /// @param platform the device's platform; also the URL's last path segment
-    /// @param filterID the filter ID the service selects images by
+    /// @param platform the device's platform; also the URL's last path segment,
+    ///     its characters that would end a segment percent-encoded
+    /// @param filterID sent as "filterID" as given
     /// @param version the running firmware version
     /// @param channel the firmware's release channel
     /// @param locale e.g. QuilConfigUtils::getLocale()
