@@ -8,6 +8,7 @@ ASAN_BUILD ?= build-asan
 BENCH_BUILD ?= build-bench
 FUZZ_BUILD ?= build-fuzz
 COVERAGE_BUILD ?= build-coverage
+DOCS_BUILD ?= build-docs
 FUZZ_SECONDS ?= 30
 # The architectures whose cross builds `make bench` makes (or brings up to
 # date) for the size table; empty: only those already built are shown.
@@ -16,7 +17,7 @@ FUZZERS := $(basename $(notdir $(wildcard tests/fuzz/*Fuzz.cpp)))
 NETNS := scripts/netns-run
 
 .PHONY: all deps build build-asan test test-normal test-asan demo bench cross-aarch64 cross-armhf \
-	test-aarch64 test-armhf abi-check abi-baseline deb \
+	test-aarch64 test-armhf abi-check abi-baseline deb docs \
 	coverage fuzz fuzz-build fuzz-run format format-check clean
 
 all: build
@@ -115,6 +116,12 @@ abi-baseline: build
 deb: deps
 	JOBS=$(JOBS) scripts/deb
 
+# The API reference of the public headers (Doxygen) in $(DOCS_BUILD)/html;
+# fails on any public class, function, member, parameter or enumerator
+# without its comment. CI runs it.
+docs:
+	scripts/docs $(DOCS_BUILD)
+
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
@@ -122,5 +129,5 @@ format-check:
 	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) $(COVERAGE_BUILD) build-aarch64 build-armhf \
-	    build-test-aarch64 build-test-armhf build-roots build-deb
+	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) $(COVERAGE_BUILD) $(DOCS_BUILD) \
+	    build-aarch64 build-armhf build-test-aarch64 build-test-armhf build-roots build-deb
