@@ -261,4 +261,44 @@ TEST_F(RoutesTest, EachCallGoesWhereItsServiceListens) {
     }
 }
 
+// The thin calls hand over the answer as it came, a refusal included, and
+// after a failed request an empty text in place of what the caller held.
+TEST_F(RoutesTest, ThinCallsHandOverTheAnswerWhateverTheOutcome) {
+    const std::function<int(std::string&)> calls[] = {
+        [](std::string& r) { return PresenceAPI::getPresence(r, kCaller); },
+        [](std::string& r) { return PingAPI::pingDevice(r, kCaller, ""); },
+        [](std::string& r) { return NotificationAPI::send(r, kCaller, {}, "", "", ""); },
+        [](std::string& r) { return quil::VePushUtils::notify(r, {}, "") ? 0 : 604; },
+        [](std::string& r) { return DeviceSnCmei::getDeviceCmeiBySn(r, false); },
+        [](std::string& r) { return DeviceSnCtei::getDeviceCteiBySn(r, true); },
+        [](std::string& r) { return DeviceSnProfile::getDeviceProfileBySn(r, false); },
+        [](std::string& r) { return CarrierOperator::getCarrierOperatorStatus(r, true); },
+        [](std::string& r) { return StereoAPI::SetServer(r, kCaller); },
+        [](std::string& r) { return WorkDayConfigAPI::getWorkDayConfig(r, kCaller, ""); },
+        [](std::string& r) {
+            return MusicRecommendAPI::getMusicRecommendation(r, kCaller, "", "");
+        },
+        [](std::string& r) {
+            return MusicStationAPI::getStationSoundList(r, kCaller, "", "", "", 0, 1);
+        },
+        [](std::string& r) {
+            return LoadMoreAPI::getLoadMoreList(r, kCaller, 1, "", "", "", 0, 1);
+        },
+        [](std::string& r) {
+            return LoadMoreV2API::getLoadMoreV2List(r, kCaller, 1, "", "", "", 0, 1);
+        },
+        [](std::string& r) { return PlayResourceAPI::getPlayResource(r, kCaller, "", "", "", ""); },
+        [](std::string& r) { return MusicActionLogAPI::log(r, kCaller, "", "", "", "", "", ""); },
+    };
+    for (const auto& call : calls) {
+        std::string response = "stale";
+        fake::pushBody("{\"code\":3}", 500);
+        EXPECT_EQ(call(response), 0);
+        EXPECT_EQ(response, "{\"code\":3}");
+        fake::pushFailure();
+        EXPECT_EQ(call(response), 604);
+        EXPECT_EQ(response, "");
+    }
+}
+
 }  // namespace
