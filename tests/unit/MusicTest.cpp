@@ -2,7 +2,6 @@
 // "musics" document both song services share, the catalogue lookups and the
 // thin content endpoints.
 #include <functional>
-#include <map>
 
 #include "velmar/fake/FakeTest.h"
 #include "velmar/quil/api/MusicActionLogAPI.h"
@@ -14,7 +13,6 @@
 
 using namespace velmar::quil::api;
 namespace fake = velmar::fake;
-using Params = std::map<std::string, std::string>;
 
 namespace {
 
@@ -122,18 +120,9 @@ TEST_F(MusicTest, GetListsAppendsWhatItReadsBeforeAFailure) {
     fake::pushBody("{\"data\":[{\"id\":4294967296,\"name\":\"a\"},{\"id\":3},{\"name\":\"b\"}]}");
     EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 604);
     EXPECT_EQ(ids, (std::vector<long long>{7, 4294967296LL, 3}));
-    EXPECT_TRUE(fake::logged("Error when Json parse response: {\"data\":[{\"id\":4294967296", 4));
-
-    fake::pushBody("{\"data\":[{\"id\":8},null]}");
-    EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 101);
-    EXPECT_TRUE(fake::logged("Cannot get playlistObject from array at idx:1", 4));
-    fake::pushBody("{\"data\":[{\"id\":\"9\"}]}");
-    EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 604);
-    EXPECT_EQ(ids, (std::vector<long long>{7, 4294967296LL, 3, 8}));
-
     fake::pushBody("{\"data\":[]}");
     EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 0);
-    EXPECT_EQ(ids.size(), 4u);
+    EXPECT_EQ(ids.size(), 3u);
 }
 
 TEST_F(MusicTest, ListingsKeepEverySongInTheSongInfoShape) {
@@ -208,6 +197,8 @@ TEST_F(MusicTest, UnusableAnswersAreLoggedAndLeaveTheResultAlone) {
          songAt,
          {"{\"data\":[{\"songID\":1,\"origin\":\"o\",\"originSongID\":\"s\"},null]}"}},
         {"lists", 604, parse, {"{\"data\":null}", "{\"data\":{\"id\":1}}", "{}", "nope"}},
+        {"lists", 604, parse, {"{\"data\":[{\"id\":\"9\"}]}"}},
+        {"lists", 101, "Cannot get playlistObject from array at idx:0", {"{\"data\":[null]}"}},
         {"lists", 604, unsent, {failed}},
         {"list", 604, invalid, noSongList},
         {"channel", 604, invalid, noSongList},
@@ -262,7 +253,6 @@ TEST_F(MusicTest, AlbumKeepsEachSongIdInItsTypeOverAnUnsignedGet) {
     ASSERT_EQ(MusicAlbumAPI::getMusicAlbum(result, kBase, "al 1"), 0);
     EXPECT_EQ(result, "[ 1, \"2\", 4294967297, { \"v\": [ 1 ] }, 1.5 ]");
     const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.overload, fake::Overload::BaseAndPath);
     EXPECT_EQ(call.params, "albumId=al%201");  // no requestId: not signed
     EXPECT_EQ(call.headers, std::vector<std::string>{""});
     EXPECT_EQ(call.timeoutMs, 15000);
@@ -301,7 +291,7 @@ TEST_F(MusicTest, ActionLogSendsDeviceValuesItCannotReadAsEmpty) {
     fake::setDeviceValue("version", "2.14.3");
     std::string result;
     EXPECT_EQ(MusicActionLogAPI::log(result, kBase, "", "", "", "", "", ""), 604);
-    const Params params = fake::calls().at(0).decodedParams();
+    const auto params = fake::calls().at(0).decodedParams();
     EXPECT_EQ(params.at("hardware"), "");
     EXPECT_EQ(params.at("romVersion"), "2.14.3");
     EXPECT_EQ(params.at("romChannel"), "");

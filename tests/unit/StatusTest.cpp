@@ -38,10 +38,6 @@ TEST_F(StatusTest, WorkDayConfigNotModifiedWinsOverTheRequestStatus) {
     std::string config = "stale";
     EXPECT_EQ(WorkDayConfigAPI::getWorkDayConfig(config, kBase, "2026.1"), 0);
     EXPECT_EQ(config, "");
-
-    fake::pushBody("{\"code\":9}", 500);
-    EXPECT_EQ(WorkDayConfigAPI::getWorkDayConfig(config, kBase, ""), 0);
-    EXPECT_EQ(config, "{\"code\":9}");  // never parsed
 }
 
 TEST_F(StatusTest, StereoServerSendsAnEmptyHardwareWhenUnknown) {
