@@ -36,7 +36,8 @@ utils::ErrorType writeMusics(std::string& result, json::JSONObjectCleaner& clean
 json_object* arrayMember(json_object* object, const char* key);
 
 // Appends `element` of another tree to `array`, taking one more reference so
-// that each tree releases its own. False, nothing changed, when json-c can't.
+// that each tree releases its own. False, nothing changed, when `element` is
+// null or json-c can't.
 bool appendShared(json_object* array, json_object* element);
 
 }  // namespace detail
