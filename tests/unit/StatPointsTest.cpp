@@ -165,7 +165,7 @@ TEST_F(StatPointsTest, PrettyReportIndentsByFourSpacesAndHoldsTheSameDocument) {
 }
 
 TEST_F(StatPointsTest, CompactReportIsByteForByteWhatRapidJsonWrites) {
-    fake::setDeviceValue("model", "q\"uil\\v2");
+    fake::setDeviceValue("model", "q\"u\nil\\v2");
     std::string bytes;
     for (int c = 1; c < 0x20; ++c)
         if (c != '\n') bytes += static_cast<char>(c);
