@@ -13,6 +13,7 @@
 
 using namespace velmar::quil::api;
 namespace fake = velmar::fake;
+namespace utils = velmar::utils;
 
 namespace {
 
@@ -168,7 +169,8 @@ TEST_F(MusicTest, UnusableAnswersAreLoggedAndLeaveTheResultAlone) {
         {"catalogue",
          [](std::string& r) { return MusicPlayListAPI::getMusicPlayList(r, kBase, "pl-1"); }},
     };
-    const std::string failed = "(no answer)";
+    // The transport fails, or delivers a body but reports an error with it.
+    const std::string failed = "(no answer)", erred = "(answer and error)";
     const std::string deep = std::string(40, '[') + std::string(40, ']');
     const std::vector<std::string> noSongList = {"",
                                                  "{\"data\":[]}",
@@ -227,18 +229,20 @@ TEST_F(MusicTest, UnusableAnswersAreLoggedAndLeaveTheResultAlone) {
          {failed}},
         {"catalogue", 604, invalid, {"{\"data\":{}}", "{\"data\":[1]}", "{}", "[]"}},
         {"catalogue", 604, invalid, {"{\"data\":{\"songList\":null}}"}},
-        {"catalogue", 604, "", {failed}},
+        {"catalogue", 604, "httpRequest() failed with (status: 200; error message: slow", {erred}},
     };
     for (const auto& row : rows) {
         for (const std::string& body : row.bodies) {
             SCOPED_TRACE(std::string(row.call) + " <- " + body);
             fake::reset();
             fake::giveIdentity();
-            body == failed ? fake::pushFailure() : fake::pushBody(body);
+            body == failed  ? fake::pushFailure()
+            : body == erred ? fake::pushAnswer({true, 200, "{}", utils::ERROR_HTTP_TIMEOUT, "slow"})
+                            : fake::pushBody(body);
             std::string result = "kept";
             EXPECT_EQ(calls.at(row.call)(result), row.status);
             EXPECT_EQ(result, "kept");
-            const bool echoes = body != failed && row.line.size() > 2 &&
+            const bool echoes = body[0] != '(' && row.line.size() > 2 &&
                                 row.line.compare(row.line.size() - 2, 2, ": ") == 0;
             EXPECT_TRUE(row.line.empty() || fake::logged(echoes ? row.line + body : row.line, 4));
         }
