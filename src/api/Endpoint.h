@@ -1,5 +1,10 @@
 // The shape every endpoint on the signed request shares, and the small
 // pieces of answer handling they all need.
+//
+// An endpoint's path is a function-local static string, built once on first
+// use. Its line carries "GCOVR_EXCL_BR_LINE: init guard": the branches the
+// compiler adds there for the thread-safe initialisation are taken only by a
+// thread that waits for another's initialisation or by an allocation failure.
 #pragma once
 
 #include <json-c/json.h>
