@@ -4,7 +4,6 @@
 #include <functional>
 
 #include "velmar/fake/FakeTest.h"
-#include "velmar/quil/api/MusicActionLogAPI.h"
 #include "velmar/quil/api/MusicAlbumAPI.h"
 #include "velmar/quil/api/MusicPlayListAPI.h"
 #include "velmar/quil/api/MusicSongInfoAPI.h"
@@ -70,10 +69,8 @@ TEST_F(MusicTest, SongInfoSendsTheClampedSliceEvenWhenEmpty) {
     const std::string list = "[11,\"12\",{\"k\":1},14]";
     EXPECT_EQ(sentSlice(list, 1, 2), "[ \"12\", { \"k\": 1 } ]");
     EXPECT_EQ(sentSlice(list, 0, -1), "[ 11, \"12\", { \"k\": 1 }, 14 ]");
-    EXPECT_EQ(sentSlice(list, 2, -1), "[ { \"k\": 1 }, 14 ]");
     EXPECT_EQ(sentSlice(list, 3, 99), "[ 14 ]");
     EXPECT_EQ(sentSlice(list, 0, 0), "[ ]");
-    EXPECT_EQ(sentSlice(list, 4, -1), "[ ]");
     EXPECT_EQ(sentSlice(list, 1000, 5), "[ ]");
     // A hole outside the slice does not matter.
     EXPECT_EQ(sentSlice("[1,null]", 0, 1), "[ 1 ]");
@@ -102,11 +99,6 @@ TEST_F(MusicTest, SongInfoKeepsOnlySongsWithASourceInTheSharedShape) {
     ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1]", 0, -1), 0);
     // The songs without origin or source ID (the fourth and fifth) are left out.
     EXPECT_EQ(result, musics({kEntries[0], kEntries[1], kEntries[2], kEntries[5]}));
-
-    fake::pushBody(
-        "{\"data\":[{\"songID\":1,\"name\":\"a\"},{\"songID\":2,\"origin\":\"o\"},{\"x\":1}]}");
-    ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1,2,3]", 0, -1), 0);
-    EXPECT_EQ(result, "{ \"musics\": [ ] }");
 
     // The filter sees a whole value; the entry holds it as text up to a NUL.
     fake::pushBody(
@@ -182,24 +174,29 @@ TEST_F(MusicTest, UnusableAnswersAreLoggedAndLeaveTheResultAlone) {
     const std::string invalid = "Invalid response: ", parse = "Error when Json parse response: ",
                       unsent = "httpRequest() failed with (error code: Error (code: 604",
                       songAt = "Cannot get songInfoObject from array at idx:1",
-                      idAt = "Cannot get songIdObject at songListObject idx:";
+                      idAt = "Cannot get songIdObject at songListObject idx:",
+                      albumAt = "Cannot get songObject at songListObject idx:0",
+                      refused =
+                          "httpRequest() failed with (status: 0; error message: connection "
+                          "refused; error code: Error (code: 602, message: ";
     const struct {
         const char* call;
         int status;
         std::string line;
         std::vector<std::string> bodies;
     } rows[] = {
-        {"song info", 604, invalid, {"<html>busy</html>", "{\"code\":0}", "{\"data\":null}"}},
-        {"song info", 604, invalid, {"{\"data\":{\"songs\":[]}}", "[{\"data\":[]}]"}},
-        {"song info", 604, invalid, {"{\"data\":" + deep + "}"}},
+        {"song info",
+         604,
+         invalid,
+         {"<html>busy</html>", "{\"code\":0}", "{\"data\":null}", "[{\"data\":[]}]",
+          "{\"data\":{\"songs\":[]}}", "{\"data\":" + deep + "}"}},
         {"song info", 604, "", {failed}},
         // A hole in the middle: nothing of the songs before it escapes.
-        {"song info",
-         101,
-         songAt,
-         {"{\"data\":[{\"songID\":1,\"origin\":\"o\",\"originSongID\":\"s\"},null]}"}},
-        {"lists", 604, parse, {"{\"data\":null}", "{\"data\":{\"id\":1}}", "{}", "nope"}},
-        {"lists", 604, parse, {"{\"data\":[{\"id\":\"9\"}]}"}},
+        {"song info", 101, songAt, {"{\"data\":[{\"origin\":\"o\",\"originSongID\":\"s\"},null]}"}},
+        {"lists",
+         604,
+         parse,
+         {"{\"data\":null}", "{\"data\":{\"id\":1}}", "{}", "nope", "{\"data\":[{\"id\":\"9\"}]}"}},
         {"lists", 101, "Cannot get playlistObject from array at idx:0", {"{\"data\":[null]}"}},
         {"lists", 604, unsent, {failed}},
         {"list", 604, invalid, noSongList},
@@ -213,22 +210,17 @@ TEST_F(MusicTest, UnusableAnswersAreLoggedAndLeaveTheResultAlone) {
         {"album", 101, idAt + "1", {"{\"data\":{\"songList\":[{\"songID\":1},{\"name\":\"x\"}]}}"}},
         {"album", 101, "", {"{\"data\":{\"songList\":[{\"songID\":null}]}}"}},
         {"album", 101, idAt + "0", {"{\"data\":{\"songList\":[\"7\"]}}"}},
-        {"album",
-         101,
-         "Cannot get songObject at songListObject idx:0",
-         {"{\"data\":{\"songList\":[null]}}"}},
+        {"album", 101, albumAt, {"{\"data\":{\"songList\":[null]}}"}},
         {"album",
          604,
          invalid,
-         {"{\"data\":{}}", "{\"data\":{\"songList\":{}}}", "{\"data\":null}"}},
-        {"album", 604, invalid, {"{\"songList\":[]}", "x"}},
-        {"album",
+         {"{\"data\":{}}", "{\"data\":{\"songList\":{}}}", "{\"data\":null}", "{\"songList\":[]}",
+          "x"}},
+        {"album", 604, refused, {failed}},
+        {"catalogue",
          604,
-         "httpRequest() failed with (status: 0; error message: connection refused; error code: "
-         "Error (code: 602, message: ",
-         {failed}},
-        {"catalogue", 604, invalid, {"{\"data\":{}}", "{\"data\":[1]}", "{}", "[]"}},
-        {"catalogue", 604, invalid, {"{\"data\":{\"songList\":null}}"}},
+         invalid,
+         {"{\"data\":{}}", "{\"data\":[1]}", "{}", "[]", "{\"data\":{\"songList\":null}}"}},
         {"catalogue", 604, "httpRequest() failed with (status: 200; error message: slow", {erred}},
     };
     for (const auto& row : rows) {
@@ -267,19 +259,18 @@ TEST_F(MusicTest, AlbumKeepsEachSongIdInItsTypeOverAnUnsignedGet) {
 }
 
 TEST_F(MusicTest, CataloguePlaylistHandsOverTheSongListAsItIs) {
-    std::string result;
-    fake::pushBody("{\"data\":{\"songList\":[{\"songID\":1,\"name\":\"a/b\"}]}}");
-    ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
-    EXPECT_EQ(result, "[ { \"songID\": 1, \"name\": \"a\\/b\" } ]");
-    const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.params, "listId=pl-1");
-    EXPECT_TRUE(call.headers.empty());
-    fake::pushBody("{\"data\":{\"songList\":{\"next\":2}}}");
-    ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
-    EXPECT_EQ(result, "{ \"next\": 2 }");
-    fake::pushBody("{\"data\":{\"songList\":\"a,b\"}}");
-    ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
-    EXPECT_EQ(result, "a,b");
+    const std::pair<const char*, const char*> lists[] = {
+        {"[{\"songID\":1,\"name\":\"a/b\"}]", "[ { \"songID\": 1, \"name\": \"a\\/b\" } ]"},
+        {"{\"next\":2}", "{ \"next\": 2 }"},
+        {"\"a,b\"", "a,b"}};
+    for (const auto& [songList, handed] : lists) {
+        fake::pushBody(std::string("{\"data\":{\"songList\":") + songList + "}}");
+        std::string result;
+        ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
+        EXPECT_EQ(result, handed);
+    }
+    EXPECT_EQ(fake::calls().at(0).params, "listId=pl-1");  // not signed
+    EXPECT_TRUE(fake::calls().at(0).headers.empty());
 }
 
 TEST_F(MusicTest, PlayResourceStatusOnlyLogsTheAnswerEvenAfterAFailure) {
@@ -289,16 +280,6 @@ TEST_F(MusicTest, PlayResourceStatusOnlyLogsTheAnswerEvenAfterAFailure) {
     fake::pushFailure();
     EXPECT_EQ(PlayResourceAPI::setPlayResourceStatus(kBase, "d", "a", "c", "p", 0, 0), 604);
     EXPECT_EQ(fake::logs().back().text, "!!!!!!response is :");
-}
-
-TEST_F(MusicTest, ActionLogSendsDeviceValuesItCannotReadAsEmpty) {
-    fake::setDeviceValue("version", "2.14.3");
-    std::string result;
-    EXPECT_EQ(MusicActionLogAPI::log(result, kBase, "", "", "", "", "", ""), 604);
-    const auto params = fake::calls().at(0).decodedParams();
-    EXPECT_EQ(params.at("hardware"), "");
-    EXPECT_EQ(params.at("romVersion"), "2.14.3");
-    EXPECT_EQ(params.at("romChannel"), "");
 }
 
 }  // namespace

@@ -54,33 +54,29 @@ using Params = std::map<std::string, std::string>;
 
 namespace {
 
-// The address a caller hands over, and the one the configuration holds under
-// each key: a call that reads the wrong key goes to the wrong address.
-const std::string kCaller = "https://caller.test";
-std::string configured(const std::string& key) {
-    return "https://" + key + ".test";
+// The address the caller hands over ("caller"), and the one the configuration
+// holds under each key: a call that reads the wrong key goes elsewhere.
+std::string address(const std::string& name) {
+    return "https://" + name + ".test";
 }
+const std::string kCaller = address("caller");
 const std::string kKeys[] = {"sQuilAPIURL",   "sQuilUserprofileURL", "sQuilUserprofilePreviewURL",
-                             "sVeWiFiAPIURL", "sVeWiFiLOGURL",       "sTimeSyncURL"};
+                             "sVeWiFiAPIURL", "sVeWiFiLOGURL",       "sTimeSyncURL",
+                             "caller"};
 
-// A request as "METHOD base path?parameters": the base named "caller", by the
-// key it was configured under, or "fixed" (an address of the library's own);
-// the parameters besides "requestId" in key order, a value the library
-// computes (nonce, signature, encoding) as "*".
+// A request as "METHOD base path?parameters": the base by its name above or
+// "fixed" (an address of the library's own); the parameters besides
+// "requestId" in key order, a value the library computes (nonce, signature,
+// encoding) as "*".
 std::string request(const fake::Call& call) {
     static const std::set<std::string> computed = {"nonce", "b64Sign", "s",         "_n",
                                                    "_s",    "_nonce",  "extra_data"};
-    std::string base = call.baseUrl, path = call.path;
-    const bool whole =
-        call.overload == fake::Overload::Url || call.overload == fake::Overload::UrlWithDns;
-    if (whole) base = call.url;
-    std::string name = base == kCaller ? "caller" : "fixed";
-    for (const std::string& key : kKeys) {
-        if (base.rfind(configured(key), 0) != 0 || (!whole && base != configured(key))) continue;
-        name = key;
-        if (whole) path = base.substr(configured(key).size());
+    const std::string url = call.url.empty() ? call.baseUrl + call.path : call.url;
+    std::string text = call.method + " fixed " + call.path;
+    for (const std::string& name : kKeys) {
+        if (url == address(name) || url.rfind(address(name) + "/", 0) == 0)
+            text = call.method + " " + name + " " + url.substr(address(name).size());
     }
-    std::string text = call.method + " " + name + " " + path;
     char separator = '?';
     for (const auto& [key, value] : fake::paramsOf(call)) {
         text += separator + key + "=" + (computed.count(key) ? "*" : value);
@@ -100,7 +96,7 @@ class RoutesTest : public fake::FakeTest {
         for (const auto& [name, value] : device)
             fake::setDeviceValue(name, value);
         for (const std::string& key : kKeys)
-            fake::setConfig(key, configured(key));
+            fake::setConfig(key, address(key));
     }
 };
 
@@ -194,6 +190,8 @@ TEST_F(RoutesTest, EachCallGoesWhereItsServiceListens) {
          "GET caller /device/workday/config?version=2026.1", true},
         {[&] { StereoAPI::SetServer(s, kCaller); },
          "POST caller /iot/dcm/set_stereo_server?hardware=speaker.v2", true},
+        {[&] { fake::clearDeviceValue("model"), StereoAPI::SetServer(s, kCaller); },
+         "POST caller /iot/dcm/set_stereo_server?hardware="},
         {[&] { MusicSongInfoAPI::getSongListInfo(s, kCaller, "[1,2]", 1, -1); },
          "POST caller /device/music/song_info?songIdList=[ 2 ]"},
         {[&] { PlayListV2API::getLists(ids, kCaller); }, "GET caller /device/playlist/v2/lists"},
@@ -235,6 +233,13 @@ TEST_F(RoutesTest, EachCallGoesWhereItsServiceListens) {
          "&hardware=speaker.v2&itemId=s-1&itemType=song&romChannel=release&romVersion=2.14.3"
          "&userId=u-1",
          true},
+        // Device values it cannot read go as empty ones.
+        {[&] {
+             fake::clearDeviceValue("model"), fake::clearDeviceValue("channel");
+             MusicActionLogAPI::log(s, kCaller, "", "", "", "", "", "");
+         },
+         "POST caller /device/music_action_log?appId=&eventType=&extraInfo=&hardware=&itemId="
+         "&itemType=&romChannel=&romVersion=2.14.3&userId="},
         {[&] { UpgradeAPI::checkUpgrade(s, n, "speaker.v2", "f", "1", "c", "l", "CN"); },
          "GET sVeWiFiAPIURL /rs/grayupgrade/v2/speaker.v2?channel=c&countryCode=CN&filterID=f"
          "&locale=l&platform=speaker.v2&s=*&version=1"},

@@ -20,8 +20,6 @@ class SerialTest : public fake::FakeDeviceTest {
         fake::setDeviceValue("sn", "SN0001");
         fake::setDeviceValue("iot_did", "iot-42");
         fake::setDeviceValue("model", "speaker.v2");
-        fake::setConfig("sQuilUserprofileURL", "https://profile.test");
-        fake::setConfig("sQuilUserprofilePreviewURL", "https://preview.profile.test");
     }
 };
 

@@ -47,21 +47,16 @@ class StatPointsTest : public fake::FakeTest {
 
     void write(const std::string& content) { std::ofstream(file_, std::ios::binary) << content; }
 
-    // The records of a report, after checking that it is well-formed and
-    // shaped as the collector expects.
+    // The records of a report.
     static std::vector<Record> records(const std::string& report) {
         rapidjson::Document doc;
         doc.Parse(report.data(), report.size());
-        EXPECT_FALSE(doc.HasParseError()) << report.substr(0, 200);
         std::vector<Record> out;
         if (doc.HasParseError() || !doc.IsObject() || !doc.HasMember("list")) {
             ADD_FAILURE() << "not a report: " << report.substr(0, 200);
             return out;
         }
-        const auto& list = doc["list"];
-        EXPECT_EQ(list.Size(), 1u);
-        EXPECT_STREQ(list[0]["source"].GetString(), "rom");
-        for (const auto& r : list[0]["data"].GetArray()) {
+        for (const auto& r : doc["list"][0]["data"].GetArray()) {
             out.emplace_back(std::string(r["t"].GetString(), r["t"].GetStringLength()),
                              r["c"].GetInt64(),
                              std::string(r["v"].GetString(), r["v"].GetStringLength()));
@@ -90,14 +85,6 @@ TEST_F(StatPointsTest, CompactReportCarriesIdentityThenRecordsThenHealthCounts) 
               "{\"t\":\"boot\",\"c\":1,\"v\":\"3\"},{\"t\":\"wifi\",\"c\":1,\"v\":\"on\"},"
               "{\"t\":\"quillog_long_line_count\",\"c\":1,\"v\":\"1\"},"
               "{\"t\":\"quillog_bad_line_count\",\"c\":2,\"v\":\"2\"}]}]}");
-}
-
-TEST_F(StatPointsTest, UnknownIdentityIsEmpty) {
-    write("");
-    EXPECT_EQ(StatPointsUtils::collectStatPoints(file_, false),
-              "{\"hardware\":\"\",\"version\":\"\",\"serialNumber\":\"\","
-              "\"list\":[{\"source\":\"rom\",\"data\":[]}]}");
-    EXPECT_TRUE(fake::logs().empty());
 }
 
 TEST_F(StatPointsTest, LineLengthDecidesBetweenBadSplitAndLong) {
@@ -151,17 +138,14 @@ TEST_F(StatPointsTest, ByteBudgetAllowsExactly262144BytesOfLineText) {
                                               {"quillog_bad_line_count", 1, "1"}}));
 }
 
-TEST_F(StatPointsTest, PrettyReportIndentsByFourSpacesAndHoldsTheSameDocument) {
+TEST_F(StatPointsTest, PrettyReportIndentsByFourSpacesInTheCompactOrder) {
     write("stat_points_none boot=3\n");
-    const std::string pretty = StatPointsUtils::collectStatPoints(file_, true);
-    const std::string compact = StatPointsUtils::collectStatPoints(file_, false);
-    EXPECT_EQ(pretty.find("{\n    \"hardware\": \"\",\n    \"version\""), 0u) << pretty;
-    EXPECT_NE(pretty.find("\n                    \"t\": \"boot\""), std::string::npos) << pretty;
-    EXPECT_EQ(compact.find_first_of(" \n"), std::string::npos);
-    rapidjson::Document a, b;
-    a.Parse(pretty.c_str());
-    b.Parse(compact.c_str());
-    EXPECT_TRUE(a == b);
+    EXPECT_EQ(StatPointsUtils::collectStatPoints(file_, true),
+              "{\n    \"hardware\": \"\",\n    \"version\": \"\",\n    \"serialNumber\": \"\",\n"
+              "    \"list\": [\n        {\n            \"source\": \"rom\",\n"
+              "            \"data\": [\n                {\n                    \"t\": \"boot\",\n"
+              "                    \"c\": 1,\n                    \"v\": \"3\"\n"
+              "                }\n            ]\n        }\n    ]\n}");
 }
 
 TEST_F(StatPointsTest, CompactReportIsByteForByteWhatRapidJsonWrites) {
@@ -183,16 +167,19 @@ TEST_F(StatPointsTest, CompactReportIsByteForByteWhatRapidJsonWrites) {
     EXPECT_EQ(records(compact).at(0), Record("k" + bytes, 1, bytes));
 }
 
-TEST_F(StatPointsTest, UnreadableSourcesGiveAnEmptyWellFormedReport) {
-    const std::vector<Record> none;
-    EXPECT_EQ(records(StatPointsUtils::collectStatPoints((dir_ / "missing").string(), false)),
-              none);
-    EXPECT_EQ(records(StatPointsUtils::collectStatPoints(dir_.string(), true)), none);
-
+TEST_F(StatPointsTest, EmptyOrUnreadableSourcesGiveAnEmptyReport) {
+    const std::string empty =
+        "{\"hardware\":\"\",\"version\":\"\",\"serialNumber\":\"\","
+        "\"list\":[{\"source\":\"rom\",\"data\":[]}]}";
+    write("");
+    EXPECT_EQ(StatPointsUtils::collectStatPoints(file_, false), empty);
+    EXPECT_EQ(StatPointsUtils::collectStatPoints((dir_ / "missing").string(), false), empty);
+    EXPECT_TRUE(records(StatPointsUtils::collectStatPoints(dir_.string(), true)).empty());
     // A FIFO with no writer must not block the caller.
     const std::string fifo = (dir_ / "fifo").string();
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    EXPECT_EQ(records(StatPointsUtils::collectStatPoints(fifo, false)), none);
+    EXPECT_EQ(StatPointsUtils::collectStatPoints(fifo, false), empty);
+    EXPECT_TRUE(fake::logs().empty());
 }
 
 TEST_F(StatPointsTest, OddBytesAndAMissingFinalNewlineStillMakeRecords) {
@@ -207,11 +194,10 @@ TEST_F(StatPointsTest, OddBytesAndAMissingFinalNewlineStillMakeRecords) {
 long long bytesRead() {
     std::ifstream io("/proc/thread-self/io");
     std::string key;
-    long long value = 0;
-    while (io >> key >> value) {
-        if (key == "rchar:") return value;
+    long long value = -1;
+    while (io >> key >> value && key != "rchar:") {
     }
-    return -1;
+    return key == "rchar:" ? value : -1;
 }
 
 TEST_F(StatPointsTest, HugeFileCostsOnlyTheBudget) {

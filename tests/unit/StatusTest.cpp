@@ -1,6 +1,5 @@
 #include "velmar/fake/FakeTest.h"
 #include "velmar/quil/api/DeviceStatusAPI.h"
-#include "velmar/quil/api/StereoAPI.h"
 #include "velmar/quil/api/WorkDayConfigAPI.h"
 
 using namespace velmar::quil::api;
@@ -38,12 +37,6 @@ TEST_F(StatusTest, WorkDayConfigNotModifiedWinsOverTheRequestStatus) {
     std::string config = "stale";
     EXPECT_EQ(WorkDayConfigAPI::getWorkDayConfig(config, kBase, "2026.1"), 0);
     EXPECT_EQ(config, "");
-}
-
-TEST_F(StatusTest, StereoServerSendsAnEmptyHardwareWhenUnknown) {
-    std::string response;
-    StereoAPI::SetServer(response, kBase);
-    EXPECT_EQ(fake::calls().at(0).decodedParams().at("hardware"), "");
 }
 
 }  // namespace
