@@ -53,27 +53,25 @@ std::string musics(std::initializer_list<std::string> entries) {
     return "{ \"musics\": [ " + text + (text.empty() ? "] }" : " ] }");
 }
 
-class MusicTest : public fake::FakeDeviceTest {
-  protected:
-    // The "songIdList" sent by getSongListInfo for one slice of `list`.
-    static std::string sentSlice(const std::string& list, int start, int count) {
+using MusicTest = fake::FakeDeviceTest;
+
+TEST_F(MusicTest, SongInfoSendsTheClampedSliceEvenWhenEmpty) {
+    // The "songIdList" sent for one slice of `list`.
+    auto sent = [](const std::string& list, int start, int count) {
         fake::pushBody("{\"data\":[]}");
         std::string result;
         EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, list, start, count), 0);
         EXPECT_EQ(result, "{ \"musics\": [ ] }");
         return fake::calls().back().decodedParams().at("songIdList");
-    }
-};
-
-TEST_F(MusicTest, SongInfoSendsTheClampedSliceEvenWhenEmpty) {
+    };
     const std::string list = "[11,\"12\",{\"k\":1},14]";
-    EXPECT_EQ(sentSlice(list, 1, 2), "[ \"12\", { \"k\": 1 } ]");
-    EXPECT_EQ(sentSlice(list, 0, -1), "[ 11, \"12\", { \"k\": 1 }, 14 ]");
-    EXPECT_EQ(sentSlice(list, 3, 99), "[ 14 ]");
-    EXPECT_EQ(sentSlice(list, 0, 0), "[ ]");
-    EXPECT_EQ(sentSlice(list, 1000, 5), "[ ]");
+    EXPECT_EQ(sent(list, 1, 2), "[ \"12\", { \"k\": 1 } ]");
+    EXPECT_EQ(sent(list, 0, -1), "[ 11, \"12\", { \"k\": 1 }, 14 ]");
+    EXPECT_EQ(sent(list, 3, 99), "[ 14 ]");
+    EXPECT_EQ(sent(list, 0, 0), "[ ]");
+    EXPECT_EQ(sent(list, 1000, 5), "[ ]");
     // A hole outside the slice does not matter.
-    EXPECT_EQ(sentSlice("[1,null]", 0, 1), "[ 1 ]");
+    EXPECT_EQ(sent("[1,null]", 0, 1), "[ 1 ]");
 }
 
 TEST_F(MusicTest, SongInfoRefusesBadArgumentsBeforeSending) {
@@ -99,13 +97,6 @@ TEST_F(MusicTest, SongInfoKeepsOnlySongsWithASourceInTheSharedShape) {
     ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1]", 0, -1), 0);
     // The songs without origin or source ID (the fourth and fifth) are left out.
     EXPECT_EQ(result, musics({kEntries[0], kEntries[1], kEntries[2], kEntries[5]}));
-
-    // The filter sees a whole value; the entry holds it as text up to a NUL.
-    fake::pushBody(
-        "{\"data\":[{\"songID\":3,\"name\":\"a\\u0000b\",\"origin\":\"\\u0000\","
-        "\"originSongID\":\"s\"}]}");
-    ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[3]", 0, -1), 0);
-    EXPECT_EQ(result, musics({entry("", "a", "", "s", "3")}));
 }
 
 TEST_F(MusicTest, GetListsAppendsWhatItReadsBeforeAFailure) {
@@ -127,9 +118,6 @@ TEST_F(MusicTest, ListingsKeepEverySongInTheSongInfoShape) {
         std::string result;
         ASSERT_EQ(call(result, 4294967296LL, -1, 20, kBase), 0);
         EXPECT_EQ(result, expected);
-        fake::pushBody("{\"data\":{\"songList\":[]}}");
-        ASSERT_EQ(call(result, 1, 0, 10, kBase), 0);
-        EXPECT_EQ(result, "{ \"musics\": [ ] }");
     }
 }
 
@@ -147,12 +135,10 @@ TEST_F(MusicTest, UnusableAnswersAreLoggedAndLeaveTheResultAlone) {
     const std::map<std::string, std::function<int(std::string&)>> calls = {
         {"song info",
          [](std::string& r) { return MusicSongInfoAPI::getSongListInfo(r, kBase, "[1]", 0, -1); }},
-        {"lists",  // appends to the caller's IDs; the result tells whether it did
-         [](std::string& r) {
+        {"lists",  // appends to a vector of its own
+         [](std::string&) {
              std::vector<long long> ids;
-             const int status = PlayListV2API::getLists(ids, kBase);
-             if (!ids.empty()) r = "appended";
-             return status;
+             return PlayListV2API::getLists(ids, kBase);
          }},
         {"list", [](std::string& r) { return PlayListV2API::getSongsInList(r, 1, 0, 10, kBase); }},
         {"channel",

@@ -46,11 +46,9 @@
 #include "velmar/quil/api/VoipDurationAPI.h"
 #include "velmar/quil/api/WorkDayConfigAPI.h"
 
+using namespace velmar::quil;
 using namespace velmar::quil::api;
-using velmar::quil::QuilConfigUtils;
 namespace fake = velmar::fake;
-namespace quil = velmar::quil;
-using Params = std::map<std::string, std::string>;
 
 namespace {
 
@@ -89,10 +87,11 @@ class RoutesTest : public fake::FakeTest {
   protected:
     void SetUp() override {
         FakeTest::SetUp();
-        const Params device = {{"deviceid", "dev-42"}, {"channel_secret", "0123456789abcdef"},
-                               {"sn", "SN-1"},         {"uid", "1001"},
-                               {"iot_did", "iot-7"},   {"model", "speaker.v2"},
-                               {"version", "2.14.3"},  {"channel", "release"}};
+        const std::map<std::string, std::string> device = {
+            {"deviceid", "dev-42"}, {"channel_secret", "0123456789abcdef"},
+            {"sn", "SN-1"},         {"uid", "1001"},
+            {"iot_did", "iot-7"},   {"model", "speaker.v2"},
+            {"version", "2.14.3"},  {"channel", "release"}};
         for (const auto& [name, value] : device)
             fake::setDeviceValue(name, value);
         for (const std::string& key : kKeys)
@@ -134,10 +133,10 @@ TEST_F(RoutesTest, EachCallGoesWhereItsServiceListens) {
         {[&] { PresenceAPI::getPresence(s, kCaller); }, "GET caller /device/presence/", true},
         {[&] { PingAPI::pingDevice(s, kCaller, "deep"); },
          "POST caller /device/ping/?pingLevel=deep", true},
-        {[&] { NotificationAPI::send(s, kCaller, quil::VE_PUSH_REMINDER, "T", "A", "X"); },
+        {[&] { NotificationAPI::send(s, kCaller, VE_PUSH_REMINDER, "T", "A", "X"); },
          "POST caller /device/land_notification/?abstract=A&extraAttributes=X&title=T&type=2",
          true},
-        {[&] { quil::VePushUtils::notify(s, quil::VE_PUSH_REMINDER, "tea"); },
+        {[&] { VePushUtils::notify(s, VE_PUSH_REMINDER, "tea"); },
          "POST sQuilAPIURL /device/land_notification/?abstract=&extraAttributes=tea&title=&type=2",
          true},
         {[&] { ClientInfoListAPI::getClientList(s, kCaller); },
@@ -172,6 +171,9 @@ TEST_F(RoutesTest, EachCallGoesWhereItsServiceListens) {
          "GET sQuilUserprofilePreviewURL /device_sn/get_device_ctei?deviceSn=SN-1", true},
         {[&] { DeviceSnProfile::getDeviceProfileBySn(s, false); },
          "GET sQuilUserprofileURL /device_sn/get_profile", true},
+        // The profile needs no serial number: the cookies name the device.
+        {[&] { fake::clearDeviceValue("sn"), DeviceSnProfile::getDeviceProfileBySn(s, false); },
+         "GET sQuilUserprofileURL /device_sn/get_profile"},
         {[&] { DeviceSnProfile::getDeviceProfileBySn(s, true); },
          "GET sQuilUserprofilePreviewURL /device_sn/get_profile", true},
         {[&] { CarrierOperator::getCarrierOperatorStatus(s, false); },

@@ -3,7 +3,6 @@
 #include "velmar/quil/api/CmccAndlinkAPI.h"
 #include "velmar/quil/api/DeviceSnCmei.h"
 #include "velmar/quil/api/DeviceSnCtei.h"
-#include "velmar/quil/api/DeviceSnProfile.h"
 
 using namespace velmar::quil::api;
 namespace fake = velmar::fake;
@@ -23,7 +22,7 @@ class SerialTest : public fake::FakeDeviceTest {
     }
 };
 
-TEST_F(SerialTest, OnlyTheProfileLookupWorksWithoutASerialNumber) {
+TEST_F(SerialTest, LookupsBySerialNumberNeedOne) {
     fake::clearDeviceValue("sn");  // and no MAC to fall back on
     std::string result = "kept";
     EXPECT_EQ(DeviceSnCmei::getDeviceCmeiBySn(result, false), 101);
@@ -31,10 +30,6 @@ TEST_F(SerialTest, OnlyTheProfileLookupWorksWithoutASerialNumber) {
     EXPECT_EQ(CarrierOperator::getCarrierOperatorStatus(result, false), 101);
     EXPECT_EQ(result, "kept");
     EXPECT_TRUE(fake::calls().empty());
-
-    fake::pushBody("{\"code\":0,\"data\":{}}");
-    EXPECT_EQ(DeviceSnProfile::getDeviceProfileBySn(result, false), 0);
-    EXPECT_EQ(result, "{\"code\":0,\"data\":{}}");
 }
 
 TEST_F(SerialTest, CarrierStatusIsStoredCompactAndOnlyWhenItIsJson) {

@@ -107,10 +107,13 @@ TEST_F(StatPointsTest, LineIsAStatOnlyWhenBothSplitsGiveExactlyTwoFields) {
         "stat_points_none_no_space=abc\n"    // no space: no fields at all
         "stat_points_nonX name=value\n"      // another marker word
         "stat_points_none a=1 \n"            // trailing space: three fields
-        "stat_points_none CR=1\r\n");        // a carriage return is part of the value
+        "stat_points_none CR=1\r\n" +        // a carriage return is part of the value
+        std::string("stat_points_none n\0l=v\0lue\nstat_points_none last=1", 50));  // NULs, no \n
     EXPECT_EQ(collect(), (std::vector<Record>{{"", 1, "xyzzy"},
                                               {"name", 1, ""},
                                               {"CR", 1, "1\r"},
+                                              {std::string("n\0l", 3), 1, std::string("v\0lue", 5)},
+                                              {"last", 1, "1"},
                                               {"quillog_bad_line_count", 7, "7"}}));
 }
 
@@ -180,14 +183,6 @@ TEST_F(StatPointsTest, EmptyOrUnreadableSourcesGiveAnEmptyReport) {
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_EQ(StatPointsUtils::collectStatPoints(fifo, false), empty);
     EXPECT_TRUE(fake::logs().empty());
-}
-
-TEST_F(StatPointsTest, OddBytesAndAMissingFinalNewlineStillMakeRecords) {
-    const std::string withNul("stat_points_none n\0l=v\0lue", 26);
-    write(withNul + "\n" + std::string(30, '\0') + "\nstat_points_none last=1");
-    EXPECT_EQ(collect(), (std::vector<Record>{{std::string("n\0l", 3), 1, std::string("v\0lue", 5)},
-                                              {"last", 1, "1"},
-                                              {"quillog_bad_line_count", 1, "1"}}));
 }
 
 // Bytes this thread has read through read(2) so far; -1 where not accounted.
