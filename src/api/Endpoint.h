@@ -2,9 +2,10 @@
 // pieces of answer handling they all need.
 //
 // An endpoint's path is a function-local static string, built once on first
-// use. Its line carries "GCOVR_EXCL_BR_LINE: init guard": the branches the
-// compiler adds there for the thread-safe initialisation are taken only by a
-// thread that waits for another's initialisation or by an allocation failure.
+// use. Its line carries gcovr's branch exclusion with the reason "init guard":
+// the branches the compiler adds there for the thread-safe initialisation are
+// taken only by a thread that waits for another's initialisation or by an
+// allocation failure.
 #pragma once
 
 #include <json-c/json.h>
