@@ -15,6 +15,8 @@ utils::ErrorType MusicAlbumAPI::getMusicAlbum(std::string& result, const std::st
     const std::vector<std::string> headers(1);
     json::JSONObjectCleaner cleaner;
     json_object* songs = nullptr;
+    // A "songList" that is no array is refused as if missing: nothing defines
+    // walking it.
     utils::ErrorType status = detail::fetchCatalogueSongList(songs, cleaner, baseUrl, path,
                                                              "albumId", albumId, headers, true);
     if (status != utils::ERROR_NONE) return status;

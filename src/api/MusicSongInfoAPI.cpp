@@ -18,6 +18,8 @@ utils::ErrorType MusicSongInfoAPI::getSongListInfo(std::string& result, const st
     json::JSONObjectCleaner cleaner;
 
     json_object* songIds = detail::parseAnswer(cleaner, songIdList);
+    // JSON of another type than an array has no slice to take: refused like
+    // text that is no JSON, since nothing defines it.
     if (songIds == nullptr || !json_object_is_type(songIds, json_type_array)) {
         VLOG(4) << "Invalid parameter: " << songIdList;
         return utils::ERROR_INVALID_ARGUMENT;
