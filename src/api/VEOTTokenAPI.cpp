@@ -50,7 +50,8 @@ utils::ErrorType VEOTTokenAPI::download(std::string& sessionId, std::string& tok
         return result;
     }
     detail::RapidAnswer answer(response);
-    if (!answer.parsed()) {
+    // JSON null is JSON: it fails the shape check below, not this one.
+    if (!answer.wellFormed()) {
         VLOG(4) << "Invalid response: " << response;
         return utils::ERROR_INVALID_RESPONSE;
     }
