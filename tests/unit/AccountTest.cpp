@@ -1,7 +1,11 @@
+#include <stdexcept>
+
 #include "velmar/fake/FakeTest.h"
 #include "velmar/quil/api/ClientInfoListAPI.h"
 #include "velmar/quil/api/CommonConfigAPI.h"
+#include "velmar/quil/api/PresenceAPI.h"
 #include "velmar/quil/api/PrivacySettingsAPI.h"
+#include "velmar/quil/api/VemcTokenAPI.h"
 #include "velmar/quil/api/VoipDurationAPI.h"
 
 using namespace velmar::quil::api;
@@ -19,20 +23,61 @@ class AccountTest : public fake::FakeDeviceTest {
     }
 };
 
-TEST_F(AccountTest, WithoutSuperAdminNothingIsSent) {
-    fake::clearDeviceValue("uid");
-    std::string response = "kept";
-    std::string text = "60";
-    EXPECT_EQ(ClientInfoListAPI::getClientList(response, kBase), 101);
-    EXPECT_EQ(VoipDurationAPI::getStatus(response, kBase), 101);
-    EXPECT_EQ(VoipDurationAPI::add(response, kBase, text), 101);
-    EXPECT_EQ(CommonConfigAPI::getConfig(response, kBase, text), 101);
-    // A stored ID the platform accepts but that overflows 64 bits is no ID either.
-    fake::setDeviceValue("uid", "99999999999999999999999");
-    EXPECT_EQ(ClientInfoListAPI::getClientList(response, kBase), 101);
-    EXPECT_EQ(response, "kept");
-    EXPECT_TRUE(fake::calls().empty());
-    EXPECT_TRUE(fake::logged("Failed to get user id", 4));
+// The calls that send the administrator's user ID, and one that only carries it in a cookie.
+TEST_F(AccountTest, WithoutSuperAdminNothingIsSentAndAnUnparsableOneThrowsAsEverywhere) {
+    const struct {
+        const char* name;
+        bool scoped;
+        int (*call)();
+    } rows[] = {
+        {"client list", true,
+         [] {
+             std::string r;
+             return int(ClientInfoListAPI::getClientList(r, kBase));
+         }},
+        {"duration", true,
+         [] {
+             std::string r;
+             return int(VoipDurationAPI::getStatus(r, kBase));
+         }},
+        {"add", true,
+         [] {
+             std::string r, t = "60";
+             return int(VoipDurationAPI::add(r, kBase, t));
+         }},
+        {"config", true,
+         [] {
+             std::string r, t = "c";
+             return int(CommonConfigAPI::getConfig(r, kBase, t));
+         }},
+        {"vemc", true,
+         [] {
+             std::string r;
+             return int(VemcTokenAPI::getToken(r, kBase));
+         }},
+        {"presence", false,
+         [] {
+             std::string r;
+             return int(PresenceAPI::getPresence(r, kBase));
+         }},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        fake::reset();
+        SetUp();
+        fake::clearDeviceValue("uid");
+        if (row.scoped) {
+            EXPECT_EQ(row.call(), 101);
+            EXPECT_TRUE(fake::calls().empty());
+            ASSERT_EQ(fake::logs().size(), 1u);
+            EXPECT_EQ(fake::logs()[0].level, 4);
+            EXPECT_EQ(fake::logs()[0].text, "Failed to get user id");
+        }
+        // A stored ID the platform accepts but that overflows 64 bits.
+        fake::setDeviceValue("uid", "99999999999999999999999");
+        EXPECT_THROW(row.call(), std::out_of_range);
+        EXPECT_TRUE(fake::calls().empty());
+    }
 }
 
 TEST_F(AccountTest, RawAnswersPassThroughUnparsedForTheSuperAdmin) {

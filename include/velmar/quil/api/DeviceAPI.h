@@ -20,7 +20,8 @@ class VELMAR_QUIL_EXPORT DeviceAPI {
     // Adds a fresh "requestId" to a copy of `params`, signs the call with the
     // device's identity cookies and sends it (15 s time-out). 0 with the body
     // in `response`, or 604 with `response` untouched; `httpStatus` is what
-    // the transport reported.
+    // the transport reported. Like every call built on it, throws as
+    // QuilConfigUtils::getSuperAdmin does on a stored id that does not parse.
     static ErrorType request(std::string& response, int& httpStatus, const std::string& baseUrl,
                              const std::string& path, const std::string& method,
                              const std::map<std::string, std::string>& params);
