@@ -1,5 +1,6 @@
 #include "api/OwnCurl.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <mutex>
 
@@ -7,6 +8,20 @@ namespace velmar {
 namespace quil {
 namespace api {
 namespace detail {
+
+namespace {
+
+std::atomic<LongOptionObserver> gLongOptionObserver{nullptr};
+
+}  // namespace
+
+void observeLongOptionsForTest(LongOptionObserver observer) {
+    gLongOptionObserver = observer;
+}
+
+void noteLongOption(CURLoption option, long value) {
+    if (LongOptionObserver observer = gLongOptionObserver) observer(option, value);
+}
 
 OwnCurl::OwnCurl() {
     // Once per process, before the first handle; the port may have done it too

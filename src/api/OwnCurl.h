@@ -9,6 +9,7 @@
 #include <curl/curl.h>
 
 #include <string>
+#include <type_traits>
 
 #include "host/ConnectionRules.h"
 
@@ -16,6 +17,13 @@ namespace velmar {
 namespace quil {
 namespace api {
 namespace detail {
+
+// Sees every whole-number option a handle is given (time-outs, address
+// family, keep-alive), which no transfer shows from outside; tests set it,
+// null otherwise.
+using LongOptionObserver = void (*)(CURLoption option, long value);
+void observeLongOptionsForTest(LongOptionObserver observer);
+void noteLongOption(CURLoption option, long value);
 
 class OwnCurl {
   public:
@@ -31,6 +39,7 @@ class OwnCurl {
     template <typename T>
     void set(CURLoption option, T value) {
         if (mSet == CURLE_OK) mSet = curl_easy_setopt(mHandle, option, value);
+        if constexpr (std::is_same_v<T, long>) noteLongOption(option, value);
     }
     CURLcode setResult() const { return mSet; }
 
