@@ -25,7 +25,8 @@ utils::ErrorType sendSigned(std::string& response, const std::string& baseUrl,
                             const Params& params);
 
 // Parses an answer with json-c; the object belongs to `cleaner`. Null when
-// the text is not JSON.
+// the text is not JSON, and when it nests deeper than json-c's limit: no
+// service answer comes near it, so such a text is refused as no JSON.
 json_object* parseAnswer(json::JSONObjectCleaner& cleaner, const std::string& text);
 
 // A caller's value made one path segment of a URL in `segment`: the

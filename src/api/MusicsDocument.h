@@ -32,7 +32,9 @@ struct SongListRules {
 utils::ErrorType writeMusics(std::string& result, json::JSONObjectCleaner& cleaner,
                              json_object* songs, const SongListRules& rules);
 
-// Member `key` of `object` when it is an array, else null (borrowed).
+// Member `key` of `object` when it is an array, else null (borrowed). The
+// services never say what another value where a list belongs would mean, so
+// callers refuse such an answer rather than guess.
 json_object* arrayMember(json_object* object, const char* key);
 
 // Appends `element` of another tree to `array`, taking one more reference so
