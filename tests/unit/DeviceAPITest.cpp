@@ -230,7 +230,7 @@ TEST_F(DeviceAPITest, ThinCallsSendTheirShapeAndEmptyTheResponseOnFailure) {
     EXPECT_TRUE(fake::logged("request failed: Error (code: 604", 4));
 }
 
-TEST_F(DeviceAPITest, RegistrationCheckSignsItselfAndSendsNoCookies) {
+TEST_F(DeviceAPITest, RegistrationCheckSignsItselfSendsNoCookiesAndReadsOnlyTheCode) {
     fake::pushBody("{\"code\":0}");
     std::string status;
     ASSERT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 0);
@@ -251,39 +251,30 @@ TEST_F(DeviceAPITest, RegistrationCheckSignsItselfAndSendsNoCookies) {
     EXPECT_EQ(call.decodedParams(), expected);
     EXPECT_EQ(fake::liveByteStrings(), 0);
 
+    // The status, then what the check left of "before".
+    auto check = [](const fake::Answer& answer) {
+        fake::pushAnswer(answer);
+        std::string before = "before";
+        const int result = DeviceAPI::checkRegistrationStatus(before, kBase);
+        return std::to_string(result) + " " + before;
+    };
     // Any other code is an invalid registration; a true transport result is
     // a delivered answer whatever error value came with it.
-    fake::pushBody("{\"code\":-1}");
-    fake::pushAnswer({true, 500, "{\"code\":3}", utils::ERROR_HTTP_TIMEOUT, "late"});
-    ASSERT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 0);
-    EXPECT_EQ(status, "invalid");
-    status = "valid";
-    ASSERT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 0);
-    EXPECT_EQ(status, "invalid");
-}
-
-TEST_F(DeviceAPITest, RegistrationCheckFailures) {
-    std::string status = "before";
-    fake::pushBody("{\"message\":\"ok\"}");
-    EXPECT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 604);
+    EXPECT_EQ(check({true, 200, "{\"code\":-1}", utils::ERROR_NONE, ""}), "0 invalid");
+    EXPECT_EQ(check({true, 500, "{\"code\":3}", utils::ERROR_HTTP_TIMEOUT, "late"}), "0 invalid");
+    EXPECT_EQ(check({true, 200, "{\"message\":\"ok\"}", utils::ERROR_NONE, ""}), "604 before");
     EXPECT_TRUE(fake::loggedExactly("Invalid result: {\"message\":\"ok\"}", 4));
-    fake::pushBody("<html>");
-    EXPECT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 604);
+    EXPECT_EQ(check({true, 200, "<html>", utils::ERROR_NONE, ""}), "604 before");
     EXPECT_TRUE(fake::loggedExactly("Invalid result: <html>", 4));
-    EXPECT_EQ(status, "before");
-
     // A transport failure is reported without a line of its own.
     const size_t lines = fake::logs().size();
-    fake::pushFailure();
-    EXPECT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 604);
+    EXPECT_EQ(check({false, 0, "", utils::ERROR_HTTP_CONNECT, ""}), "604 before");
     EXPECT_EQ(fake::logs().size(), lines);
-
     // Without a signature nothing is sent.
     fake::failHmac(true);
-    EXPECT_EQ(DeviceAPI::checkRegistrationStatus(status, kBase), 101);
-    EXPECT_EQ(fake::calls().size(), 3u);
+    EXPECT_EQ(check(fake::Answer()), "101 before");
+    EXPECT_EQ(fake::calls().size(), 6u);
     EXPECT_TRUE(fake::loggedExactly("Failed to generate hmac_sha256", 4));
-    EXPECT_EQ(status, "before");
 }
 
 TEST_F(DeviceAPITest, SuperAdminIsTheAnswersDataWhateverItsCode) {
