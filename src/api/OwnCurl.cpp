@@ -32,15 +32,11 @@ OwnCurl::OwnCurl() {
 }
 
 OwnCurl::~OwnCurl() {
-    if (mHandle != nullptr) curl_easy_cleanup(mHandle);
+    curl_easy_cleanup(mHandle);  // a null handle is allowed
     curl_slist_free_all(mResolve);
 }
 
 bool OwnCurl::applyHostRules(const std::string& url, std::string& error) {
-    if (mSet != CURLE_OK) {
-        error = curl_easy_strerror(mSet);
-        return false;
-    }
     mSet = mRules.apply(mHandle, url, error);
     if (mSet != CURLE_OK) return false;
 
@@ -57,20 +53,16 @@ bool OwnCurl::applyHostRules(const std::string& url, std::string& error) {
             const size_t last = item.find_last_not_of(" \t");
             curl_slist* next =
                 curl_slist_append(mResolve, item.substr(first, last - first + 1).c_str());
-            if (next == nullptr) {
+            if (next == nullptr) {  // GCOVR_EXCL_START: only when memory runs out
                 error = "out of memory";
                 return false;
-            }
+            }  // GCOVR_EXCL_STOP
             mResolve = next;
         }
         start = end + 1;
     }
+    // A refusal of the list shows in setResult(), with the options still to come.
     if (mResolve != nullptr) set(CURLOPT_RESOLVE, mResolve);
-
-    if (mSet != CURLE_OK) {
-        error = curl_easy_strerror(mSet);
-        return false;
-    }
     return true;
 }
 

@@ -38,13 +38,14 @@ class OwnCurl {
     // the first refusal (CURLE_OK when none).
     template <typename T>
     void set(CURLoption option, T value) {
-        if (mSet == CURLE_OK) mSet = curl_easy_setopt(mHandle, option, value);
+        if (mSet != CURLE_OK) return;  // GCOVR_EXCL_BR_LINE: a refusal needs memory to run out
+        mSet = curl_easy_setopt(mHandle, option, value);
         if constexpr (std::is_same_v<T, long>) noteLongOption(option, value);
     }
     CURLcode setResult() const { return mSet; }
 
-    // Applies the host rules above for a transfer to `url`; false with the
-    // reason in `error`.
+    // Applies the host rules above for a transfer to `url`; call it before
+    // set(). False with the reason in `error`.
     bool applyHostRules(const std::string& url, std::string& error);
 
   private:

@@ -1,3 +1,4 @@
+#include <iterator>
 #include <stdexcept>
 
 #include "velmar/fake/FakeTest.h"
@@ -23,51 +24,29 @@ class AccountTest : public fake::FakeDeviceTest {
     }
 };
 
+std::string gText = "60";  // the text argument of the calls that take one
+
 // The calls that send the administrator's user ID, and one that only carries it in a cookie.
 TEST_F(AccountTest, WithoutSuperAdminNothingIsSentAndAnUnparsableOneThrowsAsEverywhere) {
-    const struct {
-        const char* name;
-        bool scoped;
-        int (*call)();
-    } rows[] = {
-        {"client list", true,
-         [] {
-             std::string r;
-             return int(ClientInfoListAPI::getClientList(r, kBase));
-         }},
-        {"duration", true,
-         [] {
-             std::string r;
-             return int(VoipDurationAPI::getStatus(r, kBase));
-         }},
-        {"add", true,
-         [] {
-             std::string r, t = "60";
-             return int(VoipDurationAPI::add(r, kBase, t));
-         }},
-        {"config", true,
-         [] {
-             std::string r, t = "c";
-             return int(CommonConfigAPI::getConfig(r, kBase, t));
-         }},
-        {"vemc", true,
-         [] {
-             std::string r;
-             return int(VemcTokenAPI::getToken(r, kBase));
-         }},
-        {"presence", false,
-         [] {
-             std::string r;
-             return int(PresenceAPI::getPresence(r, kBase));
-         }},
+    using Call = int (*)(std::string&);
+    const std::pair<Call, bool> rows[] = {
+        {[](std::string& r) -> int { return ClientInfoListAPI::getClientList(r, kBase); }, true},
+        {[](std::string& r) -> int { return VoipDurationAPI::getStatus(r, kBase); }, true},
+        {[](std::string& r) -> int { return VoipDurationAPI::add(r, kBase, gText); }, true},
+        {[](std::string& r) -> int { return CommonConfigAPI::getConfig(r, kBase, gText); }, true},
+        {[](std::string& r) -> int { return VemcTokenAPI::getToken(r, kBase); }, true},
+        {[](std::string& r) -> int { return PresenceAPI::getPresence(r, kBase); }, false},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (size_t row = 0; row < std::size(rows); ++row) {
+        SCOPED_TRACE(row);
+        const auto& [call, scoped] = rows[row];
         fake::reset();
         SetUp();
+        std::string response = "kept";
         fake::clearDeviceValue("uid");
-        if (row.scoped) {
-            EXPECT_EQ(row.call(), 101);
+        if (scoped) {
+            EXPECT_EQ(call(response), 101);
+            EXPECT_EQ(response, "kept");
             EXPECT_TRUE(fake::calls().empty());
             ASSERT_EQ(fake::logs().size(), 1u);
             EXPECT_EQ(fake::logs()[0].level, 4);
@@ -75,7 +54,7 @@ TEST_F(AccountTest, WithoutSuperAdminNothingIsSentAndAnUnparsableOneThrowsAsEver
         }
         // A stored ID the platform accepts but that overflows 64 bits.
         fake::setDeviceValue("uid", "99999999999999999999999");
-        EXPECT_THROW(row.call(), std::out_of_range);
+        EXPECT_THROW(call(response), std::out_of_range);
         EXPECT_TRUE(fake::calls().empty());
     }
 }

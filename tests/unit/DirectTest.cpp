@@ -1,5 +1,7 @@
 // The directly addressed services on the fake port. Signature vectors were
 // computed outside this code base (Python's hashlib and base64).
+#include <stdlib.h>
+
 #include <map>
 #include <tuple>
 
@@ -229,8 +231,9 @@ TEST_F(DirectTest, LogUploadSignsTheRawFormWithUrlSafeBase64) {
 }
 
 TEST_F(DirectTest, LiteUploadGoesOverIPv4WithItsOwnDeadlineAndKeepAlive) {
-    // Nothing listens there, and nothing leaves loopback.
+    // Nothing listens there, and nothing leaves loopback; blank pins are skipped.
     fake::setConfig("sVeWiFiLOGURL", "http://127.0.0.1:9");
+    setenv("VELMAR_RESOLVE", "log.test:80:127.0.0.1, \t,x.test:1:127.0.0.1", 1);
     static std::vector<std::pair<CURLoption, long>> options;
     options.clear();
     detail::observeLongOptionsForTest(
@@ -238,11 +241,22 @@ TEST_F(DirectTest, LiteUploadGoesOverIPv4WithItsOwnDeadlineAndKeepAlive) {
     std::string response;
     EXPECT_FALSE(LogUploadAPI::uploadLite(response, "common-l", "1", "d", "1", "/no/such/file"));
     detail::observeLongOptionsForTest(nullptr);
+    unsetenv("VELMAR_RESOLVE");
+    EXPECT_TRUE(fake::logged("curl_easy_perform() failed: ", 4));
     EXPECT_EQ(options,
               (std::vector<std::pair<CURLoption, long>>{{CURLOPT_TIMEOUT_MS, 100000},
                                                         {CURLOPT_NOSIGNAL, 1},
                                                         {CURLOPT_TCP_KEEPALIVE, 1},
                                                         {CURLOPT_IPRESOLVE, CURL_IPRESOLVE_V4}}));
+
+    // Trust that cannot be read stops the upload before it is sent.
+    fake::setConfig("sVeWiFiLOGURL", "https://127.0.0.1:9");
+    setenv("VELMAR_CA_FILE", "/no/such/bundle.pem", 1);
+    EXPECT_FALSE(LogUploadAPI::uploadLite(response, "common-l", "1", "d", "1", "/no/such/file"));
+    unsetenv("VELMAR_CA_FILE");
+    EXPECT_TRUE(fake::loggedExactly(
+        "Upload not set up: cannot read the CA bundle /no/such/bundle.pem named by VELMAR_CA_FILE",
+        4));
 }
 
 TEST_F(DirectTest, ActionLogNonceIsAUuidGroupAndBigEndianMinutes) {
@@ -311,6 +325,7 @@ TEST_F(DirectTest, CallerValuesInAPathStayOneSegment) {
         std::string response;
         EXPECT_FALSE(UpgradeAPI::checkUpgrade(link, size, dots, "f", "1", "c", "l", "CN"));
         EXPECT_FALSE(LogUploadAPI::upload(response, dots, "1", "d", "p"));
+        EXPECT_FALSE(LogUploadAPI::uploadLite(response, dots, "1", "d", "1", "/no/such/file"));
         ::testing::internal::CaptureStdout();
         EXPECT_EQ(ActionLogAPI::upload(response, dots, "rec", "https://collector.test"), 0);
         EXPECT_NE(::testing::internal::GetCapturedStdout().find("success: 0\n"), std::string::npos);
@@ -323,6 +338,8 @@ TEST_F(DirectTest, BindPostsAFreshRequestIdAndIgnoresTheStatus) {
     fake::pushBody("{\"code\":9}", 500);
     EXPECT_EQ(BindAPI::bind(response, -1, "pl"), 0);
     EXPECT_EQ(response, "{\"code\":9}");
+    fake::pushAnswer({true, 200, "late", velmar::utils::ERROR_HTTP_TIMEOUT, ""});
+    EXPECT_EQ(BindAPI::bind(response, 1001, "pl"), 604);
     fake::pushFailure();
     EXPECT_EQ(BindAPI::bind(response, 1001, "pl"), 604);
 
@@ -333,7 +350,7 @@ TEST_F(DirectTest, BindPostsAFreshRequestIdAndIgnoresTheStatus) {
     EXPECT_EQ(first.fields.at("userId"), std::vector<std::string>{"-1"});
     EXPECT_NE(first.fields.at("requestId"), fake::calls().at(1).fields.at("requestId"));
     EXPECT_TRUE(fake::loggedExactly(
-        "httpRequest() failed (requestId: " + fake::calls().at(1).fields.at("requestId").at(0) +
+        "httpRequest() failed (requestId: " + fake::calls().at(2).fields.at("requestId").at(0) +
             "; status: 0; error message: connection refused; error code: Error (code: 602, "
             "message: " +
             velmar::utils::ErrorCode::getErrorMessage(velmar::utils::ERROR_HTTP_CONNECT) + "))",
@@ -377,6 +394,11 @@ TEST_F(DirectTest, UserProfileAnswerCases) {
             velmar::utils::ErrorCode::getErrorMessage(velmar::utils::ERROR_HTTP_TIMEOUT) + "))",
         4));
     EXPECT_TRUE(fake::logged("Get userId =18446744073709551615", 2));
+    // So is one that came with an error value alone; a negative ID is read as its bits.
+    fake::pushAnswer({true, 200, "{\"result\":\"ok\",\"data\":{\"userId\":-2}}",
+                      velmar::utils::ERROR_HTTP_TIMEOUT, ""});
+    EXPECT_EQ(GetUserProfileAPI::request(userId, "client", "tok"), 0);
+    EXPECT_EQ(userId, 18446744073709551614ull);
 }
 
 }  // namespace

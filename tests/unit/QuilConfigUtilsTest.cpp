@@ -1,6 +1,5 @@
 #include "velmar/quil/QuilConfigUtils.h"
 
-#include <functional>
 #include <stdexcept>
 
 #include "velmar/fake/FakeTest.h"
@@ -12,6 +11,11 @@ namespace fake = velmar::fake;
 namespace {
 
 class QuilConfigUtilsTest : public fake::FakeTest {};
+
+// "read " or "failed ", then the value the call left.
+std::string outcome(bool found, const std::string& value) {
+    return (found ? "read " : "failed ") + value;
+}
 
 TEST_F(QuilConfigUtilsTest, SimpleGettersTakeANonEmptyValueOfAZeroStatusInSixtyFourBytes) {
     using Getter = bool (*)(std::string&);
@@ -31,11 +35,9 @@ TEST_F(QuilConfigUtilsTest, SimpleGettersTakeANonEmptyValueOfAZeroStatusInSixtyF
     for (const auto& [name, get] : getters) {
         SCOPED_TRACE(name);
         fake::reset();
-        // Whether the getter read a value, and what it left of "kept".
         auto read = [get = get] {
             std::string value = "kept";
-            const bool found = get(value);
-            return (found ? "read " : "failed ") + value;
+            return outcome(get(value), value);
         };
         EXPECT_EQ(read(), "failed kept");
         fake::setDeviceValue(name, std::string(63, 'v'));
@@ -92,12 +94,11 @@ TEST_F(QuilConfigUtilsTest, TokenPairAndDatesFailOnlyOnANegativeStatus) {
 }
 
 TEST_F(QuilConfigUtilsTest, BrokerAddressTakesBothValuesOrNeither) {
-    // Whether an address was read, and what it left of "old-host:5".
     auto read = [] {
         std::string host = "old-host";
         int port = 5;
         const bool found = QuilConfigUtils::getBrokerAddress(host, port);
-        return (found ? "read " : "failed ") + host + ":" + std::to_string(port);
+        return outcome(found, host + ":" + std::to_string(port));
     };
     EXPECT_EQ(read(), "failed old-host:5");
     fake::setDeviceValue("broker_host", std::string(127, 'h'));
@@ -120,31 +121,31 @@ TEST_F(QuilConfigUtilsTest, BrokerAddressTakesBothValuesOrNeither) {
 }
 
 TEST_F(QuilConfigUtilsTest, SerialNumberFallsBackToTheMacAddress) {
-    // Whether a serial number was found, and the one left in "none".
     auto sn = [] {
         std::string value = "none";
-        const bool found = QuilConfigUtils::getSN(value);
-        return (found ? "found " : "failed ") + value;
+        return outcome(QuilConfigUtils::getSN(value), value);
     };
     EXPECT_EQ(sn(), "failed none");
+    fake::setDeviceValue("mac", "");
+    EXPECT_EQ(sn(), "failed none");
     fake::setDeviceValue("mac", "a4:cf:12:00:00:01");
-    EXPECT_EQ(sn(), "found SN/a4:cf:12:00:00:01");
+    fake::setDeviceValue("sn", "");
+    EXPECT_EQ(sn(), "read SN/a4:cf:12:00:00:01");
     // A serial number the platform reports as failed is not used either.
     fake::setDeviceValue("sn", "1234/5678");
     fake::setStatus("sn_get", -1);
-    EXPECT_EQ(sn(), "found SN/a4:cf:12:00:00:01");
+    EXPECT_EQ(sn(), "read SN/a4:cf:12:00:00:01");
     fake::setStatus("mac_get", 1);
     EXPECT_EQ(sn(), "failed none");
     fake::clearStatus("sn_get");
-    EXPECT_EQ(sn(), "found 1234/5678");
+    EXPECT_EQ(sn(), "read 1234/5678");
 }
 
 TEST_F(QuilConfigUtilsTest, SuperAdminIsMinusOneWhenInvalidAndThrowsWhenUnparsable) {
-    // Whether an administrator was read, and the ID left in 77.
     auto admin = [] {
         long long userId = 77;
-        const bool read = QuilConfigUtils::getSuperAdmin(userId);
-        return (read ? "read " : "failed ") + std::to_string(userId);
+        const bool found = QuilConfigUtils::getSuperAdmin(userId);
+        return outcome(found, std::to_string(userId));
     };
     EXPECT_EQ(admin(), "failed 77");
     fake::setDeviceValue("uid", "9007199254740993");
@@ -163,6 +164,7 @@ TEST_F(QuilConfigUtilsTest, SuperAdminIsMinusOneWhenInvalidAndThrowsWhenUnparsab
 }
 
 TEST_F(QuilConfigUtilsTest, LocaleIsTaiwaneseOnlyForExactlyTWAndBssidIsTheSignalStrength) {
+    EXPECT_TRUE(QuilConfigUtils::initialize());  // nothing to set up first
     std::string locale;
     EXPECT_TRUE(QuilConfigUtils::getLocale(locale));
     EXPECT_EQ(locale, "zh_CN") << "no country code";
@@ -179,79 +181,35 @@ TEST_F(QuilConfigUtilsTest, LocaleIsTaiwaneseOnlyForExactlyTWAndBssidIsTheSignal
 }
 
 TEST_F(QuilConfigUtilsTest, SettersStripQuotesAndStopAtTheFirstRefusedWrite) {
-    using Calls = std::vector<std::string>;
-    const struct {
-        const char* refused;  // the setter made to fail, with `status`
-        int status;
-        std::function<bool()> set;
-        bool result;
-        Calls calls;
-    } rows[] = {
-        // The secret goes first, so that a refusal keeps the old device ID.
-        {"",
-         0,
-         [] { return QuilConfigUtils::setDeviceIDAndChannelSecret("dev'ice", "'s'"); },
-         true,
-         {"channel_secret_set(s)", "deviceid_set(device)"}},
-        {"channel_secret_set",
-         1,
-         [] { return QuilConfigUtils::setDeviceIDAndChannelSecret("d", "s"); },
-         false,
-         {"channel_secret_set(s)"}},
-        {"deviceid_set",
-         1,
-         [] { return QuilConfigUtils::setDeviceIDAndChannelSecret("d", "s"); },
-         false,
-         {"channel_secret_set(s)", "deviceid_set(d)"}},
-        // The token pair and the date succeed on any status that is not negative.
-        {"device_token_set",
-         12,
-         [] { return QuilConfigUtils::setDeviceTokenAndSignature("t'o'k", "sig"); },
-         true,
-         {"device_token_set(tok)", "device_token_sign_set(sig)"}},
-        {"device_token_set",
-         -1,
-         [] { return QuilConfigUtils::setDeviceTokenAndSignature("tok", "sig"); },
-         false,
-         {"device_token_set(tok)"}},
-        {"device_token_sign_set",
-         -1,
-         [] { return QuilConfigUtils::setDeviceTokenAndSignature("tok", "sig"); },
-         false,
-         {"device_token_set(tok)", "device_token_sign_set(sig)"}},
-        {"",
-         0,
-         [] { return QuilConfigUtils::setUpgradeCheckDate("'2026-11-23'"); },
-         true,
-         {"upgrade_date_set(2026-11-23)"}},
-        {"upgrade_date_set",
-         -1,
-         [] { return QuilConfigUtils::setUpgradeCheckDate("d"); },
-         false,
-         {"upgrade_date_set(d)"}},
-        {"",
-         0,
-         [] { return QuilConfigUtils::setBrokerAddress("broker'.local", -8883); },
-         true,
-         {"broker_host_set(broker.local)", "broker_port_set(-8883)"}},
-        {"broker_host_set",
-         1,
-         [] { return QuilConfigUtils::setBrokerAddress("b", 1); },
-         false,
-         {"broker_host_set(b)"}},
-        {"broker_port_set",
-         1,
-         [] { return QuilConfigUtils::setBrokerAddress("b", 1); },
-         false,
-         {"broker_host_set(b)", "broker_port_set(1)"}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.calls.front() + " refused: " + row.refused);
+    // The result, then the writes made, with `refused` answering `status`.
+    auto writes = [](bool (*set)(), const char* refused = "", int status = 0) {
         fake::reset();
-        if (*row.refused != '\0') fake::setStatus(row.refused, row.status);
-        EXPECT_EQ(row.set(), row.result);
-        EXPECT_EQ(fake::deviceCalls(), row.calls);
-    }
+        if (*refused != '\0') fake::setStatus(refused, status);
+        std::string made = set() ? "true" : "false";
+        for (const std::string& call : fake::deviceCalls())
+            made += " " + call;
+        return made;
+    };
+    auto ids = [] { return QuilConfigUtils::setDeviceIDAndChannelSecret("d'1", "'s'"); };
+    auto tokens = [] { return QuilConfigUtils::setDeviceTokenAndSignature("t'o'k", "sig"); };
+    auto date = [] { return QuilConfigUtils::setUpgradeCheckDate("'2026-11-23'"); };
+    auto broker = [] { return QuilConfigUtils::setBrokerAddress("b'1", -8883); };
+    // The secret goes first, so that a refusal keeps the old device ID.
+    EXPECT_EQ(writes(ids), "true channel_secret_set(s) deviceid_set(d1)");
+    EXPECT_EQ(writes(ids, "channel_secret_set", 1), "false channel_secret_set(s)");
+    EXPECT_EQ(writes(ids, "deviceid_set", 1), "false channel_secret_set(s) deviceid_set(d1)");
+    // The token pair and the date take any status that is not negative.
+    EXPECT_EQ(writes(tokens, "device_token_set", 12),
+              "true device_token_set(tok) device_token_sign_set(sig)");
+    EXPECT_EQ(writes(tokens, "device_token_set", -1), "false device_token_set(tok)");
+    EXPECT_EQ(writes(tokens, "device_token_sign_set", -1),
+              "false device_token_set(tok) device_token_sign_set(sig)");
+    EXPECT_EQ(writes(date), "true upgrade_date_set(2026-11-23)");
+    EXPECT_EQ(writes(date, "upgrade_date_set", -1), "false upgrade_date_set(2026-11-23)");
+    EXPECT_EQ(writes(broker), "true broker_host_set(b1) broker_port_set(-8883)");
+    EXPECT_EQ(writes(broker, "broker_host_set", 1), "false broker_host_set(b1)");
+    EXPECT_EQ(writes(broker, "broker_port_set", 1),
+              "false broker_host_set(b1) broker_port_set(-8883)");
 }
 
 TEST_F(QuilConfigUtilsTest, ConfiguredDeviceCloudCallsReadTheDeviceCloudKey) {
