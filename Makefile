@@ -8,6 +8,7 @@ ASAN_BUILD ?= build-asan
 BENCH_BUILD ?= build-bench
 FUZZ_BUILD ?= build-fuzz
 COVERAGE_BUILD ?= build-coverage
+DOCS_BUILD ?= build-docs
 FUZZ_SECONDS ?= 30
 # The architectures whose cross builds `make bench` makes (or brings up to
 # date) for the size table; empty: only those already built are shown.
@@ -16,7 +17,7 @@ FUZZERS := $(basename $(notdir $(wildcard tests/fuzz/*Fuzz.cpp)))
 NETNS := scripts/netns-run
 
 .PHONY: all deps build build-asan test test-normal test-asan demo bench cross-aarch64 cross-armhf \
-	test-aarch64 test-armhf abi-check abi-baseline deb \
+	test-aarch64 test-armhf abi-check abi-baseline deb docs \
 	coverage fuzz fuzz-build fuzz-run format format-check clean
 
 all: build
@@ -79,12 +80,14 @@ coverage: deps
 
 # The libFuzzer harnesses (clang, ASan+UBSan), each run for FUZZ_SECONDS from
 # its seeds; new inputs go to $(FUZZ_BUILD)/corpus, findings to
-# $(FUZZ_BUILD)/artifacts. Not part of `make test`.
+# $(FUZZ_BUILD)/artifacts, and a finding fails the run. Not part of `make
+# test`; CI runs it with FUZZ_SECONDS=20. llvm brings the symbolizer that puts
+# source lines into a finding's stack.
 fuzz: fuzz-build
 	$(MAKE) fuzz-run
 
 fuzz-build: deps
-	@scripts/install-deps clang libclang-rt-dev
+	@scripts/install-deps clang libclang-rt-dev llvm
 	cmake -S . -B $(FUZZ_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DVELMAR_BUILD_FUZZ=ON \
 	    -DVELMAR_BUILD_TESTS=OFF -DVELMAR_BUILD_TOOLS=OFF -DVELMAR_WERROR=ON
@@ -95,7 +98,7 @@ fuzz-run:
 	@for h in $(FUZZERS); do \
 	    mkdir -p $(FUZZ_BUILD)/corpus/$$h && \
 	    $(NETNS) $(FUZZ_BUILD)/tests/fuzz/$$h -max_total_time=$(FUZZ_SECONDS) -timeout=25 \
-	        -print_final_stats=1 -artifact_prefix=$(FUZZ_BUILD)/artifacts/$$h- \
+	        -close_fd_mask=1 -print_final_stats=1 -artifact_prefix=$(FUZZ_BUILD)/artifacts/$$h- \
 	        $(FUZZ_BUILD)/corpus/$$h tests/fuzz/corpus/$$h || exit 1; \
 	done
 
@@ -113,6 +116,12 @@ abi-baseline: build
 deb: deps
 	JOBS=$(JOBS) scripts/deb
 
+# The API reference of the public headers (Doxygen) in $(DOCS_BUILD)/html;
+# fails on any public class, function, member, parameter or enumerator
+# without its comment. CI runs it.
+docs:
+	scripts/docs $(DOCS_BUILD)
+
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
@@ -120,5 +129,5 @@ format-check:
 	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) $(COVERAGE_BUILD) build-aarch64 build-armhf \
-	    build-test-aarch64 build-test-armhf build-roots build-deb
+	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD) $(COVERAGE_BUILD) $(DOCS_BUILD) \
+	    build-aarch64 build-armhf build-test-aarch64 build-test-armhf build-roots build-deb

@@ -2,6 +2,7 @@
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -99,13 +100,19 @@ void destroyByteString(str_t* s) {
 extern "C" {
 
 void str_hexdump(const char* label, const str_t* s) {
-    // Debug aid only: silent unless asked for, so that secrets never reach a log.
+    // Debug aid only: silent unless asked for. What it is handed is a request
+    // signature, a credential, so even then it shows the length and at most
+    // the first four bytes (never more than a quarter), as the log's masking
+    // does: enough to tell two signatures apart, never enough to reuse one.
     const char* on = std::getenv("VELMAR_HEXDUMP");
     if (on == nullptr || on[0] != '1') return;
     std::fprintf(stderr, "%s:", label ? label : "");
     if (s != nullptr && s->data != nullptr) {
-        for (uint32_t i = 0; i < s->len; ++i)
+        const uint32_t shown = std::min<uint32_t>(4, s->len / 4);
+        std::fprintf(stderr, " %u bytes", static_cast<unsigned>(s->len));
+        for (uint32_t i = 0; i < shown; ++i)
             std::fprintf(stderr, " %02x", s->data[i]);
+        std::fputs(" ***", stderr);
     }
     std::fputc('\n', stderr);
 }

@@ -8,8 +8,7 @@ namespace api {
 
 utils::ErrorType ClientInfoListAPI::getClientList(std::string& response,
                                                   const std::string& baseUrl) {
-    static const std::string path(
-        "/client_info/list/linux");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/client_info/list/linux");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     return detail::sendForSuperAdmin(response, baseUrl, path, method, {});
 }

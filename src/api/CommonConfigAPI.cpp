@@ -8,8 +8,7 @@ namespace api {
 
 utils::ErrorType CommonConfigAPI::getConfig(std::string& response, const std::string& baseUrl,
                                             std::string& configName) {
-    static const std::string path(
-        "/common_config/linux");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/common_config/linux");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     detail::Params params;
     params["configName"] = configName;

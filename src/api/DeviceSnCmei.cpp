@@ -7,7 +7,7 @@ namespace quil {
 namespace api {
 
 utils::ErrorType DeviceSnCmei::getDeviceCmeiBySn(std::string& result, bool preview) {
-    static const std::string path("/device_sn/get_device_cmei");
+    static const std::string path("/device_sn/get_device_cmei");  // GCOVR_EXCL_BR_LINE: init guard
     return detail::lookUpOnUserProfile(result, preview, path, "deviceSn");
 }
 

@@ -7,7 +7,7 @@ namespace quil {
 namespace api {
 
 utils::ErrorType DeviceSnCtei::getDeviceCteiBySn(std::string& result, bool preview) {
-    static const std::string path("/device_sn/get_device_ctei");
+    static const std::string path("/device_sn/get_device_ctei");  // GCOVR_EXCL_BR_LINE: init guard
     return detail::lookUpOnUserProfile(result, preview, path, "deviceSn");
 }
 

@@ -1,5 +1,11 @@
 // The shape every endpoint on the signed request shares, and the small
 // pieces of answer handling they all need.
+//
+// An endpoint's path is a function-local static string, built once on first
+// use. Its line carries gcovr's branch exclusion with the reason "init guard":
+// the branches the compiler adds there for the thread-safe initialisation are
+// taken only by a thread that waits for another's initialisation or by an
+// allocation failure.
 #pragma once
 
 #include <json-c/json.h>
@@ -25,8 +31,8 @@ utils::ErrorType sendSigned(std::string& response, const std::string& baseUrl,
                             const Params& params);
 
 // Parses an answer with json-c; the object belongs to `cleaner`. Null when
-// the text is not JSON, and when it nests deeper than json-c's limit: no
-// service answer comes near it, so such a text is refused as no JSON.
+// the text is not JSON, and when it nests deeper than json-c's parser goes:
+// nothing defines such an answer, and it is refused like one that is no JSON.
 json_object* parseAnswer(json::JSONObjectCleaner& cleaner, const std::string& text);
 
 // A caller's value made one path segment of a URL in `segment`: the

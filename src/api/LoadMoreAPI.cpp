@@ -10,7 +10,7 @@ utils::ErrorType LoadMoreAPI::getLoadMoreList(std::string& result, const std::st
                                               const long long& userId, std::string listId,
                                               const std::string& origin, const std::string& type,
                                               const int& offset, const int& count) {
-    static const std::string path("/device/audio/loadmore");
+    static const std::string path("/device/audio/loadmore");  // GCOVR_EXCL_BR_LINE: init guard
     return detail::loadMore(result, baseUrl, path, userId, listId, origin, type, offset, count);
 }
 

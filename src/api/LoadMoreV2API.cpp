@@ -11,7 +11,7 @@ utils::ErrorType LoadMoreV2API::getLoadMoreV2List(std::string& result, const std
                                                   const std::string& origin,
                                                   const std::string& type, const int& offset,
                                                   const int& count) {
-    static const std::string path("/device/audio/loadmore/v2");
+    static const std::string path("/device/audio/loadmore/v2");  // GCOVR_EXCL_BR_LINE: init guard
     return detail::loadMore(result, baseUrl, path, userId, listId, origin, type, offset, count);
 }
 

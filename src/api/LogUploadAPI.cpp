@@ -80,7 +80,7 @@ bool LogUploadAPI::upload(std::string& response, const std::string& uploadID,
                           const std::string& version, const std::string& id,
                           const std::string& payload) {
     static const std::string secret(
-        "5b0c2e1a-7d44-4f9e-a3c1-0e9d8b7f6a25");  // GCOVR_EXCL_BR_LINE: init race, no memory
+        "5b0c2e1a-7d44-4f9e-a3c1-0e9d8b7f6a25");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string nonce = utils::UUIDUtils::generate();
     const std::string t = detail::decimal(utils::TimeUtils::currentTimeMillis());
     const std::string extra = extraData(version, "gz");
@@ -145,18 +145,20 @@ bool LogUploadAPI::uploadLite(std::string& response, const std::string& uploadID
     Form form;
     detail::OwnCurl curl;
     CURL* handle = curl.handle();
-    // GCOVR_EXCL_START: libcurl refuses a handle or a copied form part only when memory runs out
+    // GCOVR_EXCL_START: libcurl makes a handle unless memory runs out
     if (handle == nullptr) {
         VLOG(4) << "curl_easy_init() failed";
         return false;
     }
+    // GCOVR_EXCL_STOP
+    // GCOVR_EXCL_BR_START: libcurl takes these parts unless memory runs out
     if (!form.addFile("payload", payloadPath) || !form.add("extra_data", extra) ||
         !form.add("id", id) || !form.add("mode", "useRomTime") || !form.add("_t", timestamp) ||
         !form.add("_n", nonce)) {
-        VLOG(4) << "curl_formadd() failed";
-        return false;
+        VLOG(4) << "curl_formadd() failed";  // GCOVR_EXCL_LINE: out of memory
+        return false;                        // GCOVR_EXCL_LINE: out of memory
     }
-    // GCOVR_EXCL_STOP
+    // GCOVR_EXCL_BR_STOP
 
     std::string refused;
     if (!curl.applyHostRules(url, refused)) {
@@ -172,7 +174,7 @@ bool LogUploadAPI::uploadLite(std::string& response, const std::string& uploadID
     AnswerSink sink{&response, 0};
     curl.set(CURLOPT_WRITEFUNCTION, appendAnswer);
     curl.set(CURLOPT_WRITEDATA, &sink);
-    // GCOVR_EXCL_START: these options are refused only when memory runs out
+    // GCOVR_EXCL_START: libcurl takes every option set here
     if (curl.setResult() != CURLE_OK) {
         VLOG(4) << "curl_easy_setopt() failed: " << curl_easy_strerror(curl.setResult());
         return false;

@@ -22,7 +22,7 @@ utils::ErrorType MusicActionLogAPI::log(std::string& result, const std::string& 
                                         const std::string& userId, const std::string& appId,
                                         const std::string& eventType, const std::string& itemId,
                                         const std::string& itemType, const std::string& extraInfo) {
-    static const std::string path("/device/music_action_log");
+    static const std::string path("/device/music_action_log");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     detail::Params params;
     params["userId"] = userId;

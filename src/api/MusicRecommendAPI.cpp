@@ -10,7 +10,8 @@ utils::ErrorType MusicRecommendAPI::getMusicRecommendation(std::string& result,
                                                            const std::string& baseUrl,
                                                            const std::string& userId,
                                                            const std::string& count) {
-    static const std::string path("/device/music_recommendation");
+    static const std::string path(
+        "/device/music_recommendation");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     detail::Params params;
     params["userId"] = userId;

@@ -9,7 +9,7 @@ namespace api {
 utils::ErrorType MusicStationAPI::getStationSoundList(
     std::string& result, const std::string& baseUrl, const std::string& stationId,
     const std::string& origin, const std::string& category, const int& offset, const int& count) {
-    static const std::string path("/device/station/sound_list");
+    static const std::string path("/device/station/sound_list");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     detail::Params params;
     params["stationId"] = stationId;

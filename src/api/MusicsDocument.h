@@ -32,13 +32,14 @@ struct SongListRules {
 utils::ErrorType writeMusics(std::string& result, json::JSONObjectCleaner& cleaner,
                              json_object* songs, const SongListRules& rules);
 
-// Member `key` of `object` when it is an array, else null (borrowed). The
-// services never say what another value where a list belongs would mean, so
-// callers refuse such an answer rather than guess.
+// Member `key` of `object` when it is an array, else null (borrowed). A member
+// of another type where the services send an array is undefined; it is refused
+// as if missing rather than walked.
 json_object* arrayMember(json_object* object, const char* key);
 
 // Appends `element` of another tree to `array`, taking one more reference so
-// that each tree releases its own. False, nothing changed, when json-c can't.
+// that each tree releases its own. False, nothing changed, when `element` is
+// null or json-c can't.
 bool appendShared(json_object* array, json_object* element);
 
 }  // namespace detail

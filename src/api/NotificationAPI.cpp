@@ -10,7 +10,7 @@ utils::ErrorType NotificationAPI::send(std::string& response, const std::string&
                                        const VePushType& type, const std::string& title,
                                        const std::string& abstract,
                                        const std::string& extraAttributes) {
-    static const std::string path("/device/land_notification/");
+    static const std::string path("/device/land_notification/");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     detail::Params params;
     params["type"] = detail::decimal(static_cast<long>(type));

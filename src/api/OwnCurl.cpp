@@ -53,10 +53,12 @@ bool OwnCurl::applyHostRules(const std::string& url, std::string& error) {
             const size_t last = item.find_last_not_of(" \t");
             curl_slist* next =
                 curl_slist_append(mResolve, item.substr(first, last - first + 1).c_str());
-            if (next == nullptr) {  // GCOVR_EXCL_START: only when memory runs out
+            // GCOVR_EXCL_START: libcurl appends unless memory runs out
+            if (next == nullptr) {
                 error = "out of memory";
                 return false;
-            }  // GCOVR_EXCL_STOP
+            }
+            // GCOVR_EXCL_STOP
             mResolve = next;
         }
         start = end + 1;

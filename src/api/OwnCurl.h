@@ -38,7 +38,8 @@ class OwnCurl {
     // the first refusal (CURLE_OK when none).
     template <typename T>
     void set(CURLoption option, T value) {
-        if (mSet != CURLE_OK) return;  // GCOVR_EXCL_BR_LINE: a refusal needs memory to run out
+        if (mSet != CURLE_OK)
+            return;  // GCOVR_EXCL_BR_LINE: libcurl refuses none of the options set
         mSet = curl_easy_setopt(mHandle, option, value);
         if constexpr (std::is_same_v<T, long>) noteLongOption(option, value);
     }

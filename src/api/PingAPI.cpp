@@ -8,7 +8,7 @@ namespace api {
 
 utils::ErrorType PingAPI::pingDevice(std::string& response, const std::string& baseUrl,
                                      const std::string& pingLevel) {
-    static const std::string path("/device/ping/");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/device/ping/");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     detail::Params params;
     params["pingLevel"] = pingLevel;

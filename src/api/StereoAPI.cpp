@@ -8,7 +8,7 @@ namespace quil {
 namespace api {
 
 utils::ErrorType StereoAPI::SetServer(std::string& response, const std::string& baseUrl) {
-    static const std::string path("/iot/dcm/set_stereo_server");
+    static const std::string path("/iot/dcm/set_stereo_server");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     std::string hardware;
     if (!QuilConfigUtils::getHardware(hardware)) hardware.clear();  // sent empty when unknown

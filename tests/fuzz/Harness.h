@@ -26,6 +26,18 @@ inline void freshDevice() {
     velmar::fake::setConfig("sVeWiFiAPIURL", "https://upgrade.test");
 }
 
+// The cloud's answer on a fresh device: the fuzzer's bytes after the first
+// are queued as `body`, the first picks one of `rows` (only ever appended to,
+// so that the first byte of a seed keeps naming its call). Null for no bytes.
+template <typename Row, size_t N>
+const Row* answerRow(const Row (&rows)[N], const uint8_t* data, size_t size, std::string& body) {
+    if (size == 0) return nullptr;
+    freshDevice();
+    body.assign(reinterpret_cast<const char*>(data) + 1, size - 1);
+    velmar::fake::pushBody(body);
+    return &rows[data[0] % N];
+}
+
 inline void require(bool ok, const char* what, const std::string& text) {
     if (ok) return;
     std::fprintf(stderr, "%s: %s\n", what, text.c_str());

@@ -2,23 +2,17 @@
 // "musics" document both song services share, the catalogue lookups and the
 // thin content endpoints.
 #include <functional>
-#include <map>
 
 #include "velmar/fake/FakeTest.h"
-#include "velmar/quil/api/LoadMoreAPI.h"
-#include "velmar/quil/api/LoadMoreV2API.h"
-#include "velmar/quil/api/MusicActionLogAPI.h"
 #include "velmar/quil/api/MusicAlbumAPI.h"
 #include "velmar/quil/api/MusicPlayListAPI.h"
-#include "velmar/quil/api/MusicRecommendAPI.h"
 #include "velmar/quil/api/MusicSongInfoAPI.h"
-#include "velmar/quil/api/MusicStationAPI.h"
 #include "velmar/quil/api/PlayListV2API.h"
 #include "velmar/quil/api/PlayResourceAPI.h"
 
 using namespace velmar::quil::api;
 namespace fake = velmar::fake;
-using Params = std::map<std::string, std::string>;
+namespace utils = velmar::utils;
 
 namespace {
 
@@ -59,31 +53,25 @@ std::string musics(std::initializer_list<std::string> entries) {
     return "{ \"musics\": [ " + text + (text.empty() ? "] }" : " ] }");
 }
 
-class MusicTest : public fake::FakeDeviceTest {
-  protected:
-    // The "songIdList" sent by getSongListInfo for one slice of `list`.
-    static std::string sentSlice(const std::string& list, int start, int count) {
+using MusicTest = fake::FakeDeviceTest;
+
+TEST_F(MusicTest, SongInfoSendsTheClampedSliceEvenWhenEmpty) {
+    // The "songIdList" sent for one slice of `list`.
+    auto sent = [](const std::string& list, int start, int count) {
         fake::pushBody("{\"data\":[]}");
         std::string result;
         EXPECT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, list, start, count), 0);
         EXPECT_EQ(result, "{ \"musics\": [ ] }");
         return fake::calls().back().decodedParams().at("songIdList");
-    }
-};
-
-TEST_F(MusicTest, SongInfoSendsTheClampedSliceEvenWhenEmpty) {
+    };
     const std::string list = "[11,\"12\",{\"k\":1},14]";
-    EXPECT_EQ(sentSlice(list, 1, 2), "[ \"12\", { \"k\": 1 } ]");
-    EXPECT_EQ(sentSlice(list, 0, -1), "[ 11, \"12\", { \"k\": 1 }, 14 ]");
-    EXPECT_EQ(sentSlice(list, 2, -1), "[ { \"k\": 1 }, 14 ]");
-    EXPECT_EQ(sentSlice(list, 3, 99), "[ 14 ]");
-    EXPECT_EQ(sentSlice(list, 0, 0), "[ ]");
-    EXPECT_EQ(sentSlice(list, 4, -1), "[ ]");
-    EXPECT_EQ(sentSlice(list, 1000, 5), "[ ]");
+    EXPECT_EQ(sent(list, 1, 2), "[ \"12\", { \"k\": 1 } ]");
+    EXPECT_EQ(sent(list, 0, -1), "[ 11, \"12\", { \"k\": 1 }, 14 ]");
+    EXPECT_EQ(sent(list, 3, 99), "[ 14 ]");
+    EXPECT_EQ(sent(list, 0, 0), "[ ]");
+    EXPECT_EQ(sent(list, 1000, 5), "[ ]");
     // A hole outside the slice does not matter.
-    EXPECT_EQ(sentSlice("[1,null]", 0, 1), "[ 1 ]");
-
-    EXPECT_EQ(fake::calls().back().decodedParams().size(), 2u);  // and "requestId"
+    EXPECT_EQ(sent("[1,null]", 0, 1), "[ 1 ]");
 }
 
 TEST_F(MusicTest, SongInfoRefusesBadArgumentsBeforeSending) {
@@ -109,35 +97,6 @@ TEST_F(MusicTest, SongInfoKeepsOnlySongsWithASourceInTheSharedShape) {
     ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1]", 0, -1), 0);
     // The songs without origin or source ID (the fourth and fifth) are left out.
     EXPECT_EQ(result, musics({kEntries[0], kEntries[1], kEntries[2], kEntries[5]}));
-
-    fake::pushBody(
-        "{\"data\":[{\"songID\":1,\"name\":\"a\"},{\"songID\":2,\"origin\":\"o\"},{\"x\":1}]}");
-    ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[1,2,3]", 0, -1), 0);
-    EXPECT_EQ(result, "{ \"musics\": [ ] }");
-
-    // The filter sees a whole value; the entry holds it as text up to a NUL.
-    fake::pushBody(
-        "{\"data\":[{\"songID\":3,\"name\":\"a\\u0000b\",\"origin\":\"\\u0000\","
-        "\"originSongID\":\"s\"}]}");
-    ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, "[3]", 0, -1), 0);
-    EXPECT_EQ(result, musics({entry("", "a", "", "s", "3")}));
-}
-
-TEST_F(MusicTest, SongInfoDescribesThousandsOfSongs) {
-    std::string ids = "[";
-    std::string body = "{\"data\":[";
-    for (int i = 0; i < 5000; ++i) {
-        const std::string n = std::to_string(i);
-        ids += (i ? "," : "") + n;
-        body += std::string(i ? "," : "") + "{\"songID\":" + n + ",\"name\":\"s" + n +
-                "\",\"origin\":\"o\",\"originSongID\":\"" + n + "\"}";
-    }
-    fake::pushBody(body + "]}");
-    std::string result;
-    ASSERT_EQ(MusicSongInfoAPI::getSongListInfo(result, kBase, ids + "]", 4990, 100), 0);
-    EXPECT_EQ(fake::calls().at(0).decodedParams().at("songIdList"),
-              "[ 4990, 4991, 4992, 4993, 4994, 4995, 4996, 4997, 4998, 4999 ]");
-    EXPECT_NE(result.find("\"id\": \"4999\", \"global_id\": 4999 } ] }"), std::string::npos);
 }
 
 TEST_F(MusicTest, GetListsAppendsWhatItReadsBeforeAFailure) {
@@ -145,19 +104,9 @@ TEST_F(MusicTest, GetListsAppendsWhatItReadsBeforeAFailure) {
     fake::pushBody("{\"data\":[{\"id\":4294967296,\"name\":\"a\"},{\"id\":3},{\"name\":\"b\"}]}");
     EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 604);
     EXPECT_EQ(ids, (std::vector<long long>{7, 4294967296LL, 3}));
-    EXPECT_TRUE(fake::logged("Error when Json parse response: {\"data\":[{\"id\":4294967296", 4));
-    EXPECT_EQ(fake::calls().at(0).decodedParams().size(), 1u);  // only "requestId"
-
-    fake::pushBody("{\"data\":[{\"id\":8},null]}");
-    EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 101);
-    EXPECT_TRUE(fake::logged("Cannot get playlistObject from array at idx:1", 4));
-    fake::pushBody("{\"data\":[{\"id\":\"9\"}]}");
-    EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 604);
-    EXPECT_EQ(ids, (std::vector<long long>{7, 4294967296LL, 3, 8}));
-
     fake::pushBody("{\"data\":[]}");
     EXPECT_EQ(PlayListV2API::getLists(ids, kBase), 0);
-    EXPECT_EQ(ids.size(), 4u);
+    EXPECT_EQ(ids.size(), 3u);
 }
 
 TEST_F(MusicTest, ListingsKeepEverySongInTheSongInfoShape) {
@@ -169,11 +118,6 @@ TEST_F(MusicTest, ListingsKeepEverySongInTheSongInfoShape) {
         std::string result;
         ASSERT_EQ(call(result, 4294967296LL, -1, 20, kBase), 0);
         EXPECT_EQ(result, expected);
-        EXPECT_EQ(fake::paramsOf(fake::calls().back()),
-                  (Params{{"listId", "4294967296"}, {"offset", "-1"}, {"count", "20"}}));
-        fake::pushBody("{\"data\":{\"songList\":[]}}");
-        ASSERT_EQ(call(result, 1, 0, 10, kBase), 0);
-        EXPECT_EQ(result, "{ \"musics\": [ ] }");
     }
 }
 
@@ -191,12 +135,10 @@ TEST_F(MusicTest, UnusableAnswersAreLoggedAndLeaveTheResultAlone) {
     const std::map<std::string, std::function<int(std::string&)>> calls = {
         {"song info",
          [](std::string& r) { return MusicSongInfoAPI::getSongListInfo(r, kBase, "[1]", 0, -1); }},
-        {"lists",  // appends to the caller's IDs; the result tells whether it did
-         [](std::string& r) {
+        {"lists",  // appends to a vector of its own
+         [](std::string&) {
              std::vector<long long> ids;
-             const int status = PlayListV2API::getLists(ids, kBase);
-             if (!ids.empty()) r = "appended";
-             return status;
+             return PlayListV2API::getLists(ids, kBase);
          }},
         {"list", [](std::string& r) { return PlayListV2API::getSongsInList(r, 1, 0, 10, kBase); }},
         {"channel",
@@ -205,7 +147,8 @@ TEST_F(MusicTest, UnusableAnswersAreLoggedAndLeaveTheResultAlone) {
         {"catalogue",
          [](std::string& r) { return MusicPlayListAPI::getMusicPlayList(r, kBase, "pl-1"); }},
     };
-    const std::string failed = "(no answer)";
+    // The transport fails, or delivers a body but reports an error with it.
+    const std::string failed = "(no answer)", erred = "(answer and error)";
     const std::string deep = std::string(40, '[') + std::string(40, ']');
     const std::vector<std::string> noSongList = {"",
                                                  "{\"data\":[]}",
@@ -217,23 +160,30 @@ TEST_F(MusicTest, UnusableAnswersAreLoggedAndLeaveTheResultAlone) {
     const std::string invalid = "Invalid response: ", parse = "Error when Json parse response: ",
                       unsent = "httpRequest() failed with (error code: Error (code: 604",
                       songAt = "Cannot get songInfoObject from array at idx:1",
-                      idAt = "Cannot get songIdObject at songListObject idx:";
+                      idAt = "Cannot get songIdObject at songListObject idx:",
+                      albumAt = "Cannot get songObject at songListObject idx:0",
+                      refused =
+                          "httpRequest() failed with (status: 0; error message: connection "
+                          "refused; error code: Error (code: 602, message: ";
     const struct {
         const char* call;
         int status;
         std::string line;
         std::vector<std::string> bodies;
     } rows[] = {
-        {"song info", 604, invalid, {"<html>busy</html>", "{\"code\":0}", "{\"data\":null}"}},
-        {"song info", 604, invalid, {"{\"data\":{\"songs\":[]}}", "[{\"data\":[]}]"}},
-        {"song info", 604, invalid, {"{\"data\":" + deep + "}"}},
+        {"song info",
+         604,
+         invalid,
+         {"<html>busy</html>", "{\"code\":0}", "{\"data\":null}", "[{\"data\":[]}]",
+          "{\"data\":{\"songs\":[]}}", "{\"data\":" + deep + "}"}},
         {"song info", 604, "", {failed}},
         // A hole in the middle: nothing of the songs before it escapes.
-        {"song info",
-         101,
-         songAt,
-         {"{\"data\":[{\"songID\":1,\"origin\":\"o\",\"originSongID\":\"s\"},null]}"}},
-        {"lists", 604, parse, {"{\"data\":null}", "{\"data\":{\"id\":1}}", "{}", "nope"}},
+        {"song info", 101, songAt, {"{\"data\":[{\"origin\":\"o\",\"originSongID\":\"s\"},null]}"}},
+        {"lists",
+         604,
+         parse,
+         {"{\"data\":null}", "{\"data\":{\"id\":1}}", "{}", "nope", "{\"data\":[{\"id\":\"9\"}]}"}},
+        {"lists", 101, "Cannot get playlistObject from array at idx:0", {"{\"data\":[null]}"}},
         {"lists", 604, unsent, {failed}},
         {"list", 604, invalid, noSongList},
         {"channel", 604, invalid, noSongList},
@@ -246,34 +196,31 @@ TEST_F(MusicTest, UnusableAnswersAreLoggedAndLeaveTheResultAlone) {
         {"album", 101, idAt + "1", {"{\"data\":{\"songList\":[{\"songID\":1},{\"name\":\"x\"}]}}"}},
         {"album", 101, "", {"{\"data\":{\"songList\":[{\"songID\":null}]}}"}},
         {"album", 101, idAt + "0", {"{\"data\":{\"songList\":[\"7\"]}}"}},
-        {"album",
-         101,
-         "Cannot get songObject at songListObject idx:0",
-         {"{\"data\":{\"songList\":[null]}}"}},
+        {"album", 101, albumAt, {"{\"data\":{\"songList\":[null]}}"}},
         {"album",
          604,
          invalid,
-         {"{\"data\":{}}", "{\"data\":{\"songList\":{}}}", "{\"data\":null}"}},
-        {"album", 604, invalid, {"{\"songList\":[]}", "x"}},
-        {"album",
+         {"{\"data\":{}}", "{\"data\":{\"songList\":{}}}", "{\"data\":null}", "{\"songList\":[]}",
+          "x"}},
+        {"album", 604, refused, {failed}},
+        {"catalogue",
          604,
-         "httpRequest() failed with (status: 0; error message: connection refused; error code: "
-         "Error (code: 602, message: ",
-         {failed}},
-        {"catalogue", 604, invalid, {"{\"data\":{}}", "{\"data\":[1]}", "{}", "[]"}},
-        {"catalogue", 604, invalid, {"{\"data\":{\"songList\":null}}"}},
-        {"catalogue", 604, "", {failed}},
+         invalid,
+         {"{\"data\":{}}", "{\"data\":[1]}", "{}", "[]", "{\"data\":{\"songList\":null}}"}},
+        {"catalogue", 604, "httpRequest() failed with (status: 200; error message: slow", {erred}},
     };
     for (const auto& row : rows) {
         for (const std::string& body : row.bodies) {
             SCOPED_TRACE(std::string(row.call) + " <- " + body);
             fake::reset();
             fake::giveIdentity();
-            body == failed ? fake::pushFailure() : fake::pushBody(body);
+            body == failed  ? fake::pushFailure()
+            : body == erred ? fake::pushAnswer({true, 200, "{}", utils::ERROR_HTTP_TIMEOUT, "slow"})
+                            : fake::pushBody(body);
             std::string result = "kept";
             EXPECT_EQ(calls.at(row.call)(result), row.status);
             EXPECT_EQ(result, "kept");
-            const bool echoes = body != failed && row.line.size() > 2 &&
+            const bool echoes = body[0] != '(' && row.line.size() > 2 &&
                                 row.line.compare(row.line.size() - 2, 2, ": ") == 0;
             EXPECT_TRUE(row.line.empty() || fake::logged(echoes ? row.line + body : row.line, 4));
         }
@@ -288,7 +235,6 @@ TEST_F(MusicTest, AlbumKeepsEachSongIdInItsTypeOverAnUnsignedGet) {
     ASSERT_EQ(MusicAlbumAPI::getMusicAlbum(result, kBase, "al 1"), 0);
     EXPECT_EQ(result, "[ 1, \"2\", 4294967297, { \"v\": [ 1 ] }, 1.5 ]");
     const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.overload, fake::Overload::BaseAndPath);
     EXPECT_EQ(call.params, "albumId=al%201");  // no requestId: not signed
     EXPECT_EQ(call.headers, std::vector<std::string>{""});
     EXPECT_EQ(call.timeoutMs, 15000);
@@ -299,128 +245,27 @@ TEST_F(MusicTest, AlbumKeepsEachSongIdInItsTypeOverAnUnsignedGet) {
 }
 
 TEST_F(MusicTest, CataloguePlaylistHandsOverTheSongListAsItIs) {
-    std::string result;
-    fake::pushBody("{\"data\":{\"songList\":[{\"songID\":1,\"name\":\"a/b\"}]}}");
-    ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
-    EXPECT_EQ(result, "[ { \"songID\": 1, \"name\": \"a\\/b\" } ]");
-    const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.params, "listId=pl-1");
-    EXPECT_TRUE(call.headers.empty());
-    fake::pushBody("{\"data\":{\"songList\":{\"next\":2}}}");
-    ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
-    EXPECT_EQ(result, "{ \"next\": 2 }");
-    fake::pushBody("{\"data\":{\"songList\":\"a,b\"}}");
-    ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
-    EXPECT_EQ(result, "a,b");
+    const std::pair<const char*, const char*> lists[] = {
+        {"[{\"songID\":1,\"name\":\"a/b\"}]", "[ { \"songID\": 1, \"name\": \"a\\/b\" } ]"},
+        {"{\"next\":2}", "{ \"next\": 2 }"},
+        {"\"a,b\"", "a,b"}};
+    for (const auto& [songList, handed] : lists) {
+        fake::pushBody(std::string("{\"data\":{\"songList\":") + songList + "}}");
+        std::string result;
+        ASSERT_EQ(MusicPlayListAPI::getMusicPlayList(result, kBase, "pl-1"), 0);
+        EXPECT_EQ(result, handed);
+    }
+    EXPECT_EQ(fake::calls().at(0).params, "listId=pl-1");  // not signed
+    EXPECT_TRUE(fake::calls().at(0).headers.empty());
 }
 
-TEST_F(MusicTest, ContentListingsSendTheirArgumentsAsGiven) {
-    std::string result;
-    fake::pushBody("{\"r\":1}");
-    EXPECT_EQ(MusicRecommendAPI::getMusicRecommendation(result, kBase, "u-1", "ten"), 0);
-    EXPECT_EQ(result, "{\"r\":1}");
-    fake::pushBody("s");
-    EXPECT_EQ(MusicStationAPI::getStationSoundList(result, kBase, "st-1", "fm", "news", -1, 0), 0);
-    fake::pushBody("l");
-    EXPECT_EQ(
-        LoadMoreAPI::getLoadMoreList(result, kBase, 4294967297LL, "L1", "tide", "album", 20, -1),
-        0);
-    fake::pushBody("l2");
-    EXPECT_EQ(LoadMoreV2API::getLoadMoreV2List(result, kBase, -5, "", "", "", 0, 10), 0);
-    EXPECT_EQ(result, "l2");
-
-    const auto& calls = fake::calls();
-    ASSERT_EQ(calls.size(), 4u);
-    EXPECT_EQ(fake::paramsOf(calls[0]), (Params{{"userId", "u-1"}, {"count", "ten"}}));
-    EXPECT_EQ(fake::paramsOf(calls[1]), (Params{{"stationId", "st-1"},
-                                                {"origin", "fm"},
-                                                {"category", "news"},
-                                                {"offset", "-1"},
-                                                {"count", "0"}}));
-    EXPECT_EQ(fake::paramsOf(calls[2]), (Params{{"userId", "4294967297"},
-                                                {"listId", "L1"},
-                                                {"origin", "tide"},
-                                                {"type", "album"},
-                                                {"offset", "20"},
-                                                {"count", "-1"}}));
-    EXPECT_EQ(fake::paramsOf(calls[3]).at("userId"), "-5");
-}
-
-TEST_F(MusicTest, ThinEndpointsOverwriteTheResultAlsoWhenTheRequestFails) {
-    for (int i = 0; i < 6; ++i)
-        fake::pushFailure();
-    // Each call is handed a stale result; "604:" is the status and an emptied result.
-    std::string r;
-    auto left = [&r](int status) { return std::to_string(status) + ":" + r; };
-    EXPECT_EQ(left(MusicRecommendAPI::getMusicRecommendation(r = "stale", kBase, "u", "1")),
-              "604:");
-    EXPECT_EQ(left(MusicStationAPI::getStationSoundList(r = "stale", kBase, "s", "o", "c", 0, 1)),
-              "604:");
-    EXPECT_EQ(left(LoadMoreAPI::getLoadMoreList(r = "stale", kBase, 1, "L", "", "", 0, 1)), "604:");
-    EXPECT_EQ(left(LoadMoreV2API::getLoadMoreV2List(r = "stale", kBase, 1, "L", "", "", 0, 1)),
-              "604:");
-    EXPECT_EQ(left(PlayResourceAPI::getPlayResource(r = "stale", kBase, "d", "a", "c", "p")),
-              "604:");
-    EXPECT_EQ(left(MusicActionLogAPI::log(r = "stale", kBase, "u", "a", "e", "i", "t", "")),
-              "604:");
-}
-
-TEST_F(MusicTest, PlayResourceUsesTheCallersDeviceIdAndLogsTheStatusAnswer) {
-    std::string result;
-    fake::pushBody("{\"next\":1}");
-    EXPECT_EQ(PlayResourceAPI::getPlayResource(result, kBase, "other-dev", "al-9", "cp-1", "kids"),
-              0);
-    EXPECT_EQ(result, "{\"next\":1}");
-    EXPECT_EQ(
-        fake::paramsOf(fake::calls().at(0)),
-        (Params{{"deviceId", "other-dev"}, {"alarmId", "al-9"}, {"cpId", "cp-1"}, {"cp", "kids"}}));
-
+TEST_F(MusicTest, PlayResourceStatusOnlyLogsTheAnswerEvenAfterAFailure) {
     fake::pushBody("{\"code\":0}");
-    EXPECT_EQ(
-        PlayResourceAPI::setPlayResourceStatus(kBase, "dev-42", "al-9", "cp-2", "kids", -1, 65000),
-        0);
-    EXPECT_TRUE(fake::logged("!!!!!!response is :{\"code\":0}", 4));
-    EXPECT_EQ(fake::paramsOf(fake::calls().at(1)), (Params{{"deviceId", "dev-42"},
-                                                           {"alarmId", "al-9"},
-                                                           {"playCPId", "cp-2"},
-                                                           {"playCP", "kids"},
-                                                           {"playIndex", "-1"},
-                                                           {"playPosition", "65000"}}));
-
+    EXPECT_EQ(PlayResourceAPI::setPlayResourceStatus(kBase, "d", "a", "c", "p", -1, 65000), 0);
+    EXPECT_TRUE(fake::loggedExactly("!!!!!!response is :{\"code\":0}", 4));
     fake::pushFailure();
     EXPECT_EQ(PlayResourceAPI::setPlayResourceStatus(kBase, "d", "a", "c", "p", 0, 0), 604);
     EXPECT_EQ(fake::logs().back().text, "!!!!!!response is :");
-}
-
-TEST_F(MusicTest, ActionLogCarriesTheDeviceIdentityOrEmptyValues) {
-    fake::setDeviceValue("model", "quil.speaker.v2");
-    fake::setDeviceValue("version", "2.14.3");
-    fake::setDeviceValue("channel", "release");
-    std::string result;
-    fake::pushBody("{\"code\":0}");
-    EXPECT_EQ(MusicActionLogAPI::log(result, kBase, "u-1", "app", "play", "s-1", "song",
-                                     "{\"from\":\"voice\"}"),
-              0);
-    EXPECT_EQ(result, "{\"code\":0}");
-    fake::clearDeviceValue("model");
-    fake::clearDeviceValue("channel");
-    fake::pushBody("{}");
-    EXPECT_EQ(MusicActionLogAPI::log(result, kBase, "", "", "", "", "", ""), 0);
-
-    const auto& calls = fake::calls();
-    EXPECT_EQ(fake::paramsOf(calls.at(0)), (Params{{"hardware", "quil.speaker.v2"},
-                                                   {"romVersion", "2.14.3"},
-                                                   {"romChannel", "release"},
-                                                   {"userId", "u-1"},
-                                                   {"appId", "app"},
-                                                   {"eventType", "play"},
-                                                   {"itemId", "s-1"},
-                                                   {"itemType", "song"},
-                                                   {"extraInfo", "{\"from\":\"voice\"}"}}));
-    auto params = calls.at(1).decodedParams();
-    EXPECT_EQ(params.at("hardware"), "");
-    EXPECT_EQ(params.at("romVersion"), "2.14.3");
-    EXPECT_EQ(params.at("romChannel"), "");
 }
 
 }  // namespace

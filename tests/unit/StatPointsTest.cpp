@@ -47,21 +47,16 @@ class StatPointsTest : public fake::FakeTest {
 
     void write(const std::string& content) { std::ofstream(file_, std::ios::binary) << content; }
 
-    // The records of a report, after checking that it is well-formed and
-    // shaped as the collector expects.
+    // The records of a report.
     static std::vector<Record> records(const std::string& report) {
         rapidjson::Document doc;
         doc.Parse(report.data(), report.size());
-        EXPECT_FALSE(doc.HasParseError()) << report.substr(0, 200);
         std::vector<Record> out;
         if (doc.HasParseError() || !doc.IsObject() || !doc.HasMember("list")) {
             ADD_FAILURE() << "not a report: " << report.substr(0, 200);
             return out;
         }
-        const auto& list = doc["list"];
-        EXPECT_EQ(list.Size(), 1u);
-        EXPECT_STREQ(list[0]["source"].GetString(), "rom");
-        for (const auto& r : list[0]["data"].GetArray()) {
+        for (const auto& r : doc["list"][0]["data"].GetArray()) {
             out.emplace_back(std::string(r["t"].GetString(), r["t"].GetStringLength()),
                              r["c"].GetInt64(),
                              std::string(r["v"].GetString(), r["v"].GetStringLength()));
@@ -92,18 +87,6 @@ TEST_F(StatPointsTest, CompactReportCarriesIdentityThenRecordsThenHealthCounts) 
               "{\"t\":\"quillog_bad_line_count\",\"c\":2,\"v\":\"2\"}]}]}");
 }
 
-TEST_F(StatPointsTest, UnknownIdentityIsEmptyAndTheSerialFallsBackToTheMac) {
-    write("");
-    EXPECT_EQ(StatPointsUtils::collectStatPoints(file_, false),
-              "{\"hardware\":\"\",\"version\":\"\",\"serialNumber\":\"\","
-              "\"list\":[{\"source\":\"rom\",\"data\":[]}]}");
-    EXPECT_TRUE(fake::logs().empty());
-    fake::setDeviceValue("mac", "a4:cf:12:3e:77:01");
-    EXPECT_NE(StatPointsUtils::collectStatPoints(file_, false)
-                  .find("\"serialNumber\":\"SN/a4:cf:12:3e:77:01\""),
-              std::string::npos);
-}
-
 TEST_F(StatPointsTest, LineLengthDecidesBetweenBadSplitAndLong) {
     write(statLine("a", 19) + "\n" + statLine("b", 20) + "\n" + statLine("c", 4096) + "\n" +
           statLine("d", 4097) + "\n");
@@ -124,10 +107,13 @@ TEST_F(StatPointsTest, LineIsAStatOnlyWhenBothSplitsGiveExactlyTwoFields) {
         "stat_points_none_no_space=abc\n"    // no space: no fields at all
         "stat_points_nonX name=value\n"      // another marker word
         "stat_points_none a=1 \n"            // trailing space: three fields
-        "stat_points_none CR=1\r\n");        // a carriage return is part of the value
+        "stat_points_none CR=1\r\n" +        // a carriage return is part of the value
+        std::string("stat_points_none n\0l=v\0lue\nstat_points_none last=1", 50));  // NULs, no \n
     EXPECT_EQ(collect(), (std::vector<Record>{{"", 1, "xyzzy"},
                                               {"name", 1, ""},
                                               {"CR", 1, "1\r"},
+                                              {std::string("n\0l", 3), 1, std::string("v\0lue", 5)},
+                                              {"last", 1, "1"},
                                               {"quillog_bad_line_count", 7, "7"}}));
 }
 
@@ -155,21 +141,18 @@ TEST_F(StatPointsTest, ByteBudgetAllowsExactly262144BytesOfLineText) {
                                               {"quillog_bad_line_count", 1, "1"}}));
 }
 
-TEST_F(StatPointsTest, PrettyReportIndentsByFourSpacesAndHoldsTheSameDocument) {
+TEST_F(StatPointsTest, PrettyReportIndentsByFourSpacesInTheCompactOrder) {
     write("stat_points_none boot=3\n");
-    const std::string pretty = StatPointsUtils::collectStatPoints(file_, true);
-    const std::string compact = StatPointsUtils::collectStatPoints(file_, false);
-    EXPECT_EQ(pretty.find("{\n    \"hardware\": \"\",\n    \"version\""), 0u) << pretty;
-    EXPECT_NE(pretty.find("\n                    \"t\": \"boot\""), std::string::npos) << pretty;
-    EXPECT_EQ(compact.find_first_of(" \n"), std::string::npos);
-    rapidjson::Document a, b;
-    a.Parse(pretty.c_str());
-    b.Parse(compact.c_str());
-    EXPECT_TRUE(a == b);
+    EXPECT_EQ(StatPointsUtils::collectStatPoints(file_, true),
+              "{\n    \"hardware\": \"\",\n    \"version\": \"\",\n    \"serialNumber\": \"\",\n"
+              "    \"list\": [\n        {\n            \"source\": \"rom\",\n"
+              "            \"data\": [\n                {\n                    \"t\": \"boot\",\n"
+              "                    \"c\": 1,\n                    \"v\": \"3\"\n"
+              "                }\n            ]\n        }\n    ]\n}");
 }
 
 TEST_F(StatPointsTest, CompactReportIsByteForByteWhatRapidJsonWrites) {
-    fake::setDeviceValue("model", "q\"uil\\v2");
+    fake::setDeviceValue("model", "q\"u\nil\\v2");
     std::string bytes;
     for (int c = 1; c < 0x20; ++c)
         if (c != '\n') bytes += static_cast<char>(c);
@@ -187,41 +170,29 @@ TEST_F(StatPointsTest, CompactReportIsByteForByteWhatRapidJsonWrites) {
     EXPECT_EQ(records(compact).at(0), Record("k" + bytes, 1, bytes));
 }
 
-TEST_F(StatPointsTest, UnreadableSourcesGiveAnEmptyWellFormedReport) {
-    const std::vector<Record> none;
-    EXPECT_EQ(records(StatPointsUtils::collectStatPoints((dir_ / "missing").string(), false)),
-              none);
-    EXPECT_EQ(records(StatPointsUtils::collectStatPoints(dir_.string(), true)), none);
-
+TEST_F(StatPointsTest, EmptyOrUnreadableSourcesGiveAnEmptyReport) {
+    const std::string empty =
+        "{\"hardware\":\"\",\"version\":\"\",\"serialNumber\":\"\","
+        "\"list\":[{\"source\":\"rom\",\"data\":[]}]}";
+    write("");
+    EXPECT_EQ(StatPointsUtils::collectStatPoints(file_, false), empty);
+    EXPECT_EQ(StatPointsUtils::collectStatPoints((dir_ / "missing").string(), false), empty);
+    EXPECT_TRUE(records(StatPointsUtils::collectStatPoints(dir_.string(), true)).empty());
     // A FIFO with no writer must not block the caller.
     const std::string fifo = (dir_ / "fifo").string();
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    EXPECT_EQ(records(StatPointsUtils::collectStatPoints(fifo, false)), none);
-
-    // The file vanishes between two collections.
-    write("stat_points_none boot=3\n");
-    EXPECT_EQ(collect().size(), 1u);
-    fs::remove(file_);
-    EXPECT_EQ(collect(), none);
-}
-
-TEST_F(StatPointsTest, OddBytesAndAMissingFinalNewlineStillMakeRecords) {
-    const std::string withNul("stat_points_none n\0l=v\0lue", 26);
-    write(withNul + "\n" + std::string(30, '\0') + "\nstat_points_none last=1");
-    EXPECT_EQ(collect(), (std::vector<Record>{{std::string("n\0l", 3), 1, std::string("v\0lue", 5)},
-                                              {"last", 1, "1"},
-                                              {"quillog_bad_line_count", 1, "1"}}));
+    EXPECT_EQ(StatPointsUtils::collectStatPoints(fifo, false), empty);
+    EXPECT_TRUE(fake::logs().empty());
 }
 
 // Bytes this thread has read through read(2) so far; -1 where not accounted.
 long long bytesRead() {
     std::ifstream io("/proc/thread-self/io");
     std::string key;
-    long long value = 0;
-    while (io >> key >> value) {
-        if (key == "rchar:") return value;
+    long long value = -1;
+    while (io >> key >> value && key != "rchar:") {
     }
-    return -1;
+    return key == "rchar:" ? value : -1;
 }
 
 TEST_F(StatPointsTest, HugeFileCostsOnlyTheBudget) {

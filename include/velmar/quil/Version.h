@@ -9,7 +9,8 @@
 namespace velmar {
 namespace quil {
 
-// "MAJOR.MINOR.PATCH", e.g. "0.1.0"; a constant string, safe from any thread.
+/// The version of the library the process runs against.
+/// @return "MAJOR.MINOR.PATCH", e.g. "0.1.0": a constant string, safe from any thread
 VELMAR_QUIL_EXPORT const char* version();
 
 }  // namespace quil

@@ -9,13 +9,20 @@ namespace velmar {
 namespace quil {
 namespace api {
 
+/// The client devices of the account that administers the device.
+///
+/// Blocks for one signed request of at most 15 s; safe from several threads
+/// at once; keeps no state.
 class VELMAR_QUIL_EXPORT ClientInfoListAPI {
   public:
     ClientInfoListAPI() = delete;
 
-    // The administrator's client devices. 101 without an administrator (nothing
-    // sent); otherwise the request's status, with the raw answer in `response`
-    // only on success.
+    /// "GET" "/client_info/list/linux" with "userId" (the stored administrator), signed.
+    /// @param[out] response the raw answer, not parsed; untouched on failure
+    /// @param baseUrl the device cloud service (`sQuilAPIURL`)
+    /// @return ERROR_NONE (0) when an answer came, whatever its "code";
+    ///     ERROR_GENERAL (101) without a stored administrator (nothing sent);
+    ///     ERROR_HTTP_FAILED (604) when no answer came
     static utils::ErrorType getClientList(std::string& response, const std::string& baseUrl);
 };
 

@@ -9,13 +9,22 @@ namespace velmar {
 namespace quil {
 namespace api {
 
+/// Named configurations of the account that administers the device.
+///
+/// Blocks for one signed request of at most 15 s; safe from several threads
+/// at once; keeps no state.
 class VELMAR_QUIL_EXPORT CommonConfigAPI {
   public:
     CommonConfigAPI() = delete;
 
-    // A named configuration of the administrator's account. 101 without an
-    // administrator (nothing sent); otherwise the request's status, with the
-    // raw answer in `response` only on success.
+    /// "GET" "/common_config/linux" with "userId" (the stored administrator)
+    /// and "configName", signed.
+    /// @param[out] response the raw answer, not parsed; untouched on failure
+    /// @param baseUrl the device cloud service (`sQuilAPIURL`)
+    /// @param configName the configuration's name, sent as given (not changed)
+    /// @return ERROR_NONE (0) when an answer came, whatever its "code";
+    ///     ERROR_GENERAL (101) without a stored administrator (nothing sent);
+    ///     ERROR_HTTP_FAILED (604) when no answer came
     static utils::ErrorType getConfig(std::string& response, const std::string& baseUrl,
                                       std::string& configName);
 };

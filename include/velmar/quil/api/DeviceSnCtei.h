@@ -9,12 +9,23 @@ namespace velmar {
 namespace quil {
 namespace api {
 
+/// The China Telecom equipment identifier (CTEI) of this serial number.
+///
+/// Blocks for one signed request of at most 15 s; safe from several threads
+/// at once; keeps no state.
 class VELMAR_QUIL_EXPORT DeviceSnCtei {
   public:
     DeviceSnCtei() = delete;
 
-    // The China Telecom equipment identifier of this serial number; as
-    // DeviceSnCmei::getDeviceCmeiBySn.
+    /// "GET" "/device_sn/get_device_ctei" with "deviceSn", signed, to the
+    /// user-profile service; as DeviceSnCmei::getDeviceCmeiBySn().
+    /// @param[out] result the raw answer, not parsed; empty when no answer
+    ///     came; untouched when the serial number is unreadable
+    /// @param preview ask the preview instance (`sQuilUserprofilePreviewURL`)
+    ///     instead of the production one (`sQuilUserprofileURL`)
+    /// @return ERROR_NONE (0) when an answer came, whatever its "code";
+    ///     ERROR_GENERAL (101) when the serial number is unreadable (nothing
+    ///     sent); ERROR_HTTP_FAILED (604) when no answer came
     static utils::ErrorType getDeviceCteiBySn(std::string& result, bool preview);
 };
 

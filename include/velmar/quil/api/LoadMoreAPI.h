@@ -9,12 +9,26 @@ namespace velmar {
 namespace quil {
 namespace api {
 
+/// The next page of a content list.
+///
+/// Blocks for one signed request of at most 15 s; safe from several threads
+/// at once; keeps no state.
 class VELMAR_QUIL_EXPORT LoadMoreAPI {
   public:
     LoadMoreAPI() = delete;
 
-    // The next page of a content list; the raw answer in `result` (empty on
-    // failure), the request's status.
+    /// "GET" "/device/audio/loadmore" with "userId", "type", "listId",
+    /// "origin", "offset" and "count" (numbers in decimal), signed; nothing checked.
+    /// @param[out] result the raw answer, not parsed; empty on failure
+    /// @param baseUrl the device cloud service (`sQuilAPIURL`)
+    /// @param userId the user
+    /// @param listId the content list
+    /// @param origin its content source
+    /// @param type its type
+    /// @param offset the page's first item
+    /// @param count the page's length
+    /// @return ERROR_NONE (0) when an answer came, whatever its "code";
+    ///     ERROR_HTTP_FAILED (604) when none did
     static utils::ErrorType getLoadMoreList(std::string& result, const std::string& baseUrl,
                                             const long long& userId, std::string listId,
                                             const std::string& origin, const std::string& type,

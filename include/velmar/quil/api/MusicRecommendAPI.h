@@ -9,12 +9,21 @@ namespace velmar {
 namespace quil {
 namespace api {
 
+/// Music recommendations for a user.
+///
+/// Blocks for one signed request of at most 15 s; safe from several threads
+/// at once; keeps no state.
 class VELMAR_QUIL_EXPORT MusicRecommendAPI {
   public:
     MusicRecommendAPI() = delete;
 
-    // Recommendations for `userId`; the raw answer in `result` (empty on
-    // failure), the request's status.
+    /// "GET" "/device/music_recommendation" with "userId" and "count" as given, signed.
+    /// @param[out] result the raw answer, not parsed; empty on failure
+    /// @param baseUrl the device cloud service (`sQuilAPIURL`)
+    /// @param userId the user
+    /// @param count how many, as text
+    /// @return ERROR_NONE (0) when an answer came, whatever its "code";
+    ///     ERROR_HTTP_FAILED (604) when none did
     static utils::ErrorType getMusicRecommendation(std::string& result, const std::string& baseUrl,
                                                    const std::string& userId,
                                                    const std::string& count);

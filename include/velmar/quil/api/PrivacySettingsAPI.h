@@ -9,16 +9,30 @@ namespace velmar {
 namespace quil {
 namespace api {
 
+/// A user's privacy settings on this device.
+///
+/// Blocks for one signed request of at most 15 s; safe from several threads
+/// at once; keeps no state.
 class VELMAR_QUIL_EXPORT PrivacySettingsAPI {
   public:
     PrivacySettingsAPI() = delete;
 
-    // Stores `value` as the privacy settings of `userId` on this device; 0, the
-    // request's failure, or 604 when the cloud refused or was not understood.
+    /// "POST" "/userprofile/user_privacy_on_device" with "userId" (unsigned
+    /// decimal) and "value", signed.
+    /// @param baseUrl the device cloud service (`sQuilAPIURL`)
+    /// @param userId the user whose settings these are
+    /// @param value the settings, sent as given (their form is the service's)
+    /// @return ERROR_NONE (0) when the answer's "code" is 0; ERROR_HTTP_FAILED
+    ///     (604) when no answer came, it is not JSON, or its "code" is not 0
     static utils::ErrorType setPrivacySettings(const std::string& baseUrl,
                                                unsigned long long userId, const std::string& value);
-    // The settings object of `userId`, indented, in `settings`; 604 when the
-    // answer is refused or not understood.
+    /// "GET" "/userprofile/user_privacy_on_device" with "userId", signed.
+    /// @param[out] settings the answer's "data" object alone, indented by four
+    ///     spaces; untouched on failure
+    /// @param baseUrl the device cloud service (`sQuilAPIURL`)
+    /// @param userId the user whose settings to read
+    /// @return ERROR_NONE (0); ERROR_HTTP_FAILED (604) when no answer came, it
+    ///     is not JSON, its "code" is not 0 or its "data" is no object
     static utils::ErrorType getPrivacySettings(std::string& settings, const std::string& baseUrl,
                                                unsigned long long userId);
 };
