@@ -22,8 +22,7 @@ bool readData(json_object* root, std::string& token, long long& expiresIn) {
 
 utils::ErrorType AIServiceTokenAPI::getServiceToken(std::string& token, long long& expiresIn,
                                                     const std::string& baseUrl) {
-    static const std::string path(
-        "/device/aiservice/token/");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/device/aiservice/token/");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     std::string response;
     utils::ErrorType result = detail::sendSigned(response, baseUrl, path, method, {});

@@ -16,7 +16,7 @@ namespace api {
 
 utils::ErrorType BindAPI::bind(std::string& response, long long userId,
                                const std::string& payload) {
-    static const std::string path("/bind/");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/bind/");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string baseUrl = detail::configuredUrl(utils::ConfigFile::sQuilAPIURL);
     int status = -1;
     utils::ErrorType error = utils::ERROR_GENERAL;

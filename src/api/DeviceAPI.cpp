@@ -137,7 +137,7 @@ ErrorType DeviceAPI::request(std::string& response, const std::string& baseUrl,
 
 ErrorType DeviceAPI::checkRegistrationStatus(std::string& status, const std::string& baseUrl) {
     static const std::string path(
-        "/brokerlist/check_registration_status");  // GCOVR_EXCL_BR_LINE: init race, no memory
+        "/brokerlist/check_registration_status");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     detail::Params params;
     std::string deviceId;
@@ -173,8 +173,7 @@ ErrorType DeviceAPI::checkRegistrationStatus(std::string& status, const std::str
 }
 
 ErrorType DeviceAPI::getSuperAdmin(long long& userId, const std::string& baseUrl, bool master) {
-    static const std::string path(
-        "/device/super_admin");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/device/super_admin");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     detail::Params params;
     params["master"] = master ? "true" : "false";
@@ -193,8 +192,7 @@ ErrorType DeviceAPI::getSuperAdmin(long long& userId, const std::string& baseUrl
 }
 
 ErrorType DeviceAPI::requestDeviceTokenV2(std::string& response, const std::string& baseUrl) {
-    static const std::string path(
-        "/device_token/v2/renew");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/device_token/v2/renew");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     detail::Params params;
     params["hash_algorithm"] = "SHA256";
@@ -202,8 +200,7 @@ ErrorType DeviceAPI::requestDeviceTokenV2(std::string& response, const std::stri
 }
 
 ErrorType DeviceAPI::requestDeviceTransfer(std::string& response, const std::string& baseUrl) {
-    static const std::string path(
-        "/device_token/v2/transfer");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/device_token/v2/transfer");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     detail::Params params;
     return sendLogged(response, baseUrl, path, method, params);
@@ -211,7 +208,7 @@ ErrorType DeviceAPI::requestDeviceTransfer(std::string& response, const std::str
 
 ErrorType DeviceAPI::keepAliveKeyGet(std::string& key, const std::string& baseUrl) {
     static const std::string path(
-        "/device/low_power_mode/transmission_secret");  // GCOVR_EXCL_BR_LINE: init race, no memory
+        "/device/low_power_mode/transmission_secret");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     detail::Params params;
     std::string hardware;

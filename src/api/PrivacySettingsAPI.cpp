@@ -13,7 +13,7 @@ namespace {
 
 const std::string& privacyPath() {
     static const std::string path(
-        "/userprofile/user_privacy_on_device");  // GCOVR_EXCL_BR_LINE: init race, no memory
+        "/userprofile/user_privacy_on_device");  // GCOVR_EXCL_BR_LINE: init guard
     return path;
 }
 

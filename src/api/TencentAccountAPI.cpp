@@ -9,8 +9,7 @@ namespace api {
 
 utils::ErrorType TencentAccountAPI::getTencentAccount(TencentAccount& account,
                                                       const std::string& baseUrl) {
-    static const std::string path(
-        "/device/tencent/account");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/device/tencent/account");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     std::string response;
     utils::ErrorType result = detail::sendSigned(response, baseUrl, path, method, {});

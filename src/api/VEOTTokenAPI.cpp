@@ -13,8 +13,7 @@ utils::ErrorType VEOTTokenAPI::upload(const std::string& token, const std::strin
                                       const std::string& userId, const std::string& baseUrl) {
     // The upload path ends in a slash, the download path does not: the
     // service routes them so.
-    static const std::string path(
-        "/device/veot/token/upload/");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/device/veot/token/upload/");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     detail::Params params;
     params["token"] = token;
@@ -41,8 +40,7 @@ utils::ErrorType VEOTTokenAPI::upload(const std::string& token, const std::strin
 
 utils::ErrorType VEOTTokenAPI::download(std::string& sessionId, std::string& token, int& expire,
                                         const std::string& baseUrl) {
-    static const std::string path(
-        "/device/veot/token/download");  // GCOVR_EXCL_BR_LINE: init race, no memory
+    static const std::string path("/device/veot/token/download");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     std::string response;
     utils::ErrorType result = DeviceAPI::request(response, baseUrl, path, method, {});
