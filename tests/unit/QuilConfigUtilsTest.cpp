@@ -3,7 +3,6 @@
 #include <stdexcept>
 
 #include "velmar/fake/FakeTest.h"
-#include "velmar/quil/VePushUtils.h"
 
 using velmar::quil::QuilConfigUtils;
 namespace fake = velmar::fake;
@@ -210,19 +209,6 @@ TEST_F(QuilConfigUtilsTest, SettersStripQuotesAndStopAtTheFirstRefusedWrite) {
     EXPECT_EQ(writes(broker, "broker_host_set", 1), "false broker_host_set(b1)");
     EXPECT_EQ(writes(broker, "broker_port_set", 1),
               "false broker_host_set(b1) broker_port_set(-8883)");
-}
-
-TEST_F(QuilConfigUtilsTest, ConfiguredDeviceCloudCallsReadTheDeviceCloudKey) {
-    for (const char* key : {"sQuilAPIURL", "sQuilUserprofileURL", "sQuilUserprofilePreviewURL",
-                            "sVeWiFiAPIURL", "sVeWiFiLOGURL", "sTimeSyncURL"})
-        fake::setConfig(key, std::string("https://") + key + ".test");
-    std::string text;
-    QuilConfigUtils::syncAdminStatus(false);
-    QuilConfigUtils::keepAliveKeyGet(text);
-    velmar::quil::VePushUtils::notify(text, velmar::quil::VE_PUSH_ALARM, "x");
-    ASSERT_EQ(fake::calls().size(), 3u);
-    for (const fake::Call& call : fake::calls())
-        EXPECT_EQ(call.baseUrl, "https://sQuilAPIURL.test") << call.path;
 }
 
 }  // namespace

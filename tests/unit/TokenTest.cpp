@@ -145,9 +145,6 @@ TEST_F(TokenTest, MessagingCloudTokenReportsAnswerTroubleOnlyByTheUntouchedToken
     fake::pushBody("{\"code\":0,\"data\":\"vemc-1\"}");
     EXPECT_EQ(VemcTokenAPI::getToken(token, kBase), 0);
     EXPECT_EQ(token, "vemc-1");
-    const fake::Call& call = fake::calls().back();
-    EXPECT_EQ(call.decodedParams().at("userId"), "1001");
-    EXPECT_EQ(call.decodedParams().at("clientId"), "dev-42");
 
     size_t sent = fake::calls().size();
     fake::clearDeviceValue("deviceid");
@@ -164,10 +161,6 @@ TEST_F(TokenTest, UploadMapsTheServiceCodes) {
         fake::pushBody(body);
         EXPECT_EQ(VEOTTokenAPI::upload("tok", "sess", "1001", kBase), expected) << body;
     }
-    const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.decodedParams().at("sessionId"), "sess");
-    EXPECT_EQ(call.decodedParams().at("token"), "tok");
-    EXPECT_EQ(call.decodedParams().at("userId"), "1001");
     EXPECT_TRUE(fake::loggedExactly("veot token upload response: {\"code\":1}", 2));
 }
 
