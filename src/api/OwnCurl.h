@@ -38,8 +38,9 @@ class OwnCurl {
     // the first refusal (CURLE_OK when none).
     template <typename T>
     void set(CURLoption option, T value) {
-        if (mSet != CURLE_OK)
-            return;  // GCOVR_EXCL_BR_LINE: libcurl refuses none of the options set
+        // GCOVR_EXCL_START: libcurl refuses none of the options set
+        if (mSet != CURLE_OK) return;
+        // GCOVR_EXCL_STOP
         mSet = curl_easy_setopt(mHandle, option, value);
         if constexpr (std::is_same_v<T, long>) noteLongOption(option, value);
     }
