@@ -130,7 +130,7 @@ bool QuilConfigUtils::getBrokerAddress(std::string& host, int& port) {
     int parsed = 0;
     try {
         parsed = std::stoi(portBuffer, nullptr, 10);
-    } catch (const std::exception& e) {
+    } catch (const std::exception& e) {  // GCOVR_EXCL_BR_LINE: std::stoi throws nothing else
         VLOG(4) << "Hit an error: " << e.what() << ", "
                 << "output: " << portBuffer;
         return false;

@@ -7,9 +7,22 @@ namespace velmar {
 namespace quil {
 namespace api {
 
+namespace {
+
+// "token" and "expiresIn" of the answer's "data"; false at the first one
+// missing, with what was read before it kept.
+bool readData(json_object* root, std::string& token, long long& expiresIn) {
+    json_object* data = nullptr;
+    if (!json::JSONUtils::getJSONObject(root, "data", data)) return false;
+    if (!json::JSONUtils::getString(data, "token", token)) return false;
+    return json::JSONUtils::getInt(data, "expiresIn", expiresIn);
+}
+
+}  // namespace
+
 utils::ErrorType AIServiceTokenAPI::getServiceToken(std::string& token, long long& expiresIn,
                                                     const std::string& baseUrl) {
-    static const std::string path("/device/aiservice/token/");
+    static const std::string path("/device/aiservice/token/");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     std::string response;
     utils::ErrorType result = detail::sendSigned(response, baseUrl, path, method, {});
@@ -38,10 +51,7 @@ utils::ErrorType AIServiceTokenAPI::getServiceToken(std::string& token, long lon
         expiresIn = 0;
         return utils::ERROR_NONE;
     }
-    json_object* data = nullptr;
-    if (!json::JSONUtils::getJSONObject(root, "data", data) ||
-        !json::JSONUtils::getString(data, "token", token) ||
-        !json::JSONUtils::getInt(data, "expiresIn", expiresIn)) {
+    if (!readData(root, token, expiresIn)) {
         VLOG(4) << "Failed to get ai service token (response: " << response << ")";
         return utils::ERROR_TOKEN_INVALID;
     }

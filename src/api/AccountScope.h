@@ -13,8 +13,8 @@ namespace api {
 namespace detail {
 
 // The super administrator's user ID as decimal text ("%lld"). False, with the
-// line "Failed to get user id", when the device has none or holds one that
-// does not parse.
+// line "Failed to get user id", when the device has none; throws as
+// QuilConfigUtils::getSuperAdmin does on a stored ID that does not parse.
 bool superAdminUserId(std::string& userId);
 
 // The raw-answer shape of the account services: "userId" added to `params`,

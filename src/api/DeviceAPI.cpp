@@ -109,7 +109,7 @@ ErrorType DeviceAPI::request(std::string& response, int& httpStatus, const std::
             return ERROR_HTTP_FAILED;
         }
     }
-    const std::vector<std::string> headers{HTTPRequest::buildCookieHeader(cookies)};
+    const std::vector<std::string> headers(1, HTTPRequest::buildCookieHeader(cookies));
 
     std::string body;
     ErrorType error = ERROR_NONE;
@@ -136,7 +136,8 @@ ErrorType DeviceAPI::request(std::string& response, const std::string& baseUrl,
 }
 
 ErrorType DeviceAPI::checkRegistrationStatus(std::string& status, const std::string& baseUrl) {
-    static const std::string path("/brokerlist/check_registration_status");
+    static const std::string path(
+        "/brokerlist/check_registration_status");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     detail::Params params;
     std::string deviceId;
@@ -163,7 +164,7 @@ ErrorType DeviceAPI::checkRegistrationStatus(std::string& status, const std::str
     json::JSONObjectCleaner cleaner;
     json_object* root = detail::parseAnswer(cleaner, response);
     long long code = -1;
-    if (root == nullptr || !JSONUtils::getInt(root, "code", code)) {
+    if (!JSONUtils::getInt(root, "code", code)) {  // no JSON, or no "code"
         VLOG(4) << "Invalid result: " << response;
         return ERROR_HTTP_FAILED;
     }
@@ -172,7 +173,7 @@ ErrorType DeviceAPI::checkRegistrationStatus(std::string& status, const std::str
 }
 
 ErrorType DeviceAPI::getSuperAdmin(long long& userId, const std::string& baseUrl, bool master) {
-    static const std::string path("/device/super_admin");
+    static const std::string path("/device/super_admin");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     detail::Params params;
     params["master"] = master ? "true" : "false";
@@ -183,7 +184,7 @@ ErrorType DeviceAPI::getSuperAdmin(long long& userId, const std::string& baseUrl
     json_object* root = detail::parseAnswer(cleaner, response);
     // "data" alone tells the administrator, whatever "code" says: the cloud
     // answers an unbound device with an error code and -1.
-    if (root == nullptr || !JSONUtils::getInt(root, "data", userId)) {
+    if (!JSONUtils::getInt(root, "data", userId)) {
         VLOG(4) << "Invalid response: " << response;
         return ERROR_HTTP_FAILED;
     }
@@ -191,7 +192,7 @@ ErrorType DeviceAPI::getSuperAdmin(long long& userId, const std::string& baseUrl
 }
 
 ErrorType DeviceAPI::requestDeviceTokenV2(std::string& response, const std::string& baseUrl) {
-    static const std::string path("/device_token/v2/renew");
+    static const std::string path("/device_token/v2/renew");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     detail::Params params;
     params["hash_algorithm"] = "SHA256";
@@ -199,14 +200,15 @@ ErrorType DeviceAPI::requestDeviceTokenV2(std::string& response, const std::stri
 }
 
 ErrorType DeviceAPI::requestDeviceTransfer(std::string& response, const std::string& baseUrl) {
-    static const std::string path("/device_token/v2/transfer");
+    static const std::string path("/device_token/v2/transfer");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("POST");
     detail::Params params;
     return sendLogged(response, baseUrl, path, method, params);
 }
 
 ErrorType DeviceAPI::keepAliveKeyGet(std::string& key, const std::string& baseUrl) {
-    static const std::string path("/device/low_power_mode/transmission_secret");
+    static const std::string path(
+        "/device/low_power_mode/transmission_secret");  // GCOVR_EXCL_BR_LINE: init guard
     const std::string method("GET");
     detail::Params params;
     std::string hardware;

@@ -5,7 +5,6 @@
 #define CURL_DISABLE_DEPRECATION 1
 #include <curl/curl.h>
 
-#include <algorithm>
 #include <vector>
 
 #include "api/ConfiguredService.h"
@@ -33,11 +32,19 @@ std::string extraData(const std::string& version, const char* suffix) {
 // Bound on the service's answer to a lite upload, as the host port bounds its own.
 constexpr size_t kMaxAnswerBytes = 8 * 1024 * 1024;
 
+// Where the answer goes: appended to the caller's text, whose earlier content
+// does not count against the bound.
+struct AnswerSink {
+    std::string* text;
+    size_t received;
+};
+
 size_t appendAnswer(char* data, size_t size, size_t count, void* user) {
-    auto* response = static_cast<std::string*>(user);
+    auto* sink = static_cast<AnswerSink*>(user);
     const size_t n = size * count;
-    if (n > kMaxAnswerBytes - std::min(kMaxAnswerBytes, response->size())) return 0;  // aborts
-    response->append(data, n);
+    if (n > kMaxAnswerBytes - sink->received) return 0;  // aborts the transfer
+    sink->text->append(data, n);
+    sink->received += n;
     return n;
 }
 
@@ -164,8 +171,9 @@ bool LogUploadAPI::uploadLite(std::string& response, const std::string& uploadID
     curl.set(CURLOPT_IPRESOLVE, long{CURL_IPRESOLVE_V4});
     curl.set(CURLOPT_URL, url.c_str());
     curl.set(CURLOPT_HTTPPOST, form.first());
+    AnswerSink sink{&response, 0};
     curl.set(CURLOPT_WRITEFUNCTION, appendAnswer);
-    curl.set(CURLOPT_WRITEDATA, &response);
+    curl.set(CURLOPT_WRITEDATA, &sink);
     // GCOVR_EXCL_START: libcurl takes every option set here
     if (curl.setResult() != CURLE_OK) {
         VLOG(4) << "curl_easy_setopt() failed: " << curl_easy_strerror(curl.setResult());

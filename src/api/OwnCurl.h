@@ -9,6 +9,7 @@
 #include <curl/curl.h>
 
 #include <string>
+#include <type_traits>
 
 #include "host/ConnectionRules.h"
 
@@ -16,6 +17,13 @@ namespace velmar {
 namespace quil {
 namespace api {
 namespace detail {
+
+// Sees every whole-number option a handle is given (time-outs, address
+// family, keep-alive), which no transfer shows from outside; tests set it,
+// null otherwise.
+using LongOptionObserver = void (*)(CURLoption option, long value);
+void observeLongOptionsForTest(LongOptionObserver observer);
+void noteLongOption(CURLoption option, long value);
 
 class OwnCurl {
   public:
@@ -30,14 +38,16 @@ class OwnCurl {
     // the first refusal (CURLE_OK when none).
     template <typename T>
     void set(CURLoption option, T value) {
-        // GCOVR_EXCL_BR_START: libcurl refuses none of the options set
-        if (mSet == CURLE_OK) mSet = curl_easy_setopt(mHandle, option, value);
-        // GCOVR_EXCL_BR_STOP
+        // GCOVR_EXCL_START: libcurl refuses none of the options set
+        if (mSet != CURLE_OK) return;
+        // GCOVR_EXCL_STOP
+        mSet = curl_easy_setopt(mHandle, option, value);
+        if constexpr (std::is_same_v<T, long>) noteLongOption(option, value);
     }
     CURLcode setResult() const { return mSet; }
 
-    // Applies the host rules above for a transfer to `url`; false with the
-    // reason in `error`.
+    // Applies the host rules above for a transfer to `url`; call it before
+    // set(). False with the reason in `error`.
     bool applyHostRules(const std::string& url, std::string& error);
 
   private:

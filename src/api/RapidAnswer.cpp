@@ -48,7 +48,8 @@ RapidAnswer::RapidAnswer(const std::string& text) : mDocument(nullptr, kParseSta
     if (nestsDeeperThan(text, kMaxDepth)) return;
     // The iterative parser keeps its own stack instead of recursing.
     mDocument.Parse<rapidjson::kParseIterativeFlag>(text.data(), text.size());
-    mParsed = !mDocument.HasParseError() && !mDocument.IsNull();
+    mWellFormed = !mDocument.HasParseError();
+    mParsed = mWellFormed && !mDocument.IsNull();
 }
 
 const rapidjson::Value* RapidAnswer::member(const char* name) const {

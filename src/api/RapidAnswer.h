@@ -26,6 +26,10 @@ class RapidAnswer {
     // answer of the cloud does (writing such a value back would exhaust the
     // stack).
     bool parsed() const { return mParsed; }
+    // True when the text is JSON, JSON null included. Nesting past the limit
+    // counts as no JSON: the services never send it, so refusing it outright
+    // is the safe reading.
+    bool wellFormed() const { return mWellFormed; }
 
     // Member `name` of the root object; null when the root is no object or
     // lacks it.
@@ -39,6 +43,7 @@ class RapidAnswer {
 
   private:
     rapidjson::Document mDocument;
+    bool mWellFormed = false;
     bool mParsed = false;
 };
 

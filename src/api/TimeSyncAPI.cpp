@@ -39,7 +39,9 @@ utils::ErrorType TimeSyncAPI::request(long long& serverTime) {
         return utils::ERROR_INVALID_RESPONSE;
     }
     serverTime = t->GetInt64();
-    VLOG(2) << "time sync result: " << response;
+    // As the device's time-sync line always was: ended by an end of line of
+    // its own, before the one the logger adds.
+    VLOG(2) << "time sync result: " << response << '\n';
     return utils::ERROR_NONE;
 }
 

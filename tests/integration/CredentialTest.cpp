@@ -121,16 +121,4 @@ TEST_F(CredentialTest, AdminSyncBindsChangesAndUnbindsThroughTheBindScript) {
     EXPECT_FALSE(fs::exists(devicePath("/data/device/uid")));
 }
 
-TEST_F(CredentialTest, KeepAliveKeyStaysTheSameForTheDevice) {
-    std::string first;
-    std::string second;
-    QuilConfigUtils::keepAliveKeyGet(first);
-    QuilConfigUtils::keepAliveKeyGet(second);
-    EXPECT_FALSE(first.empty());
-    EXPECT_EQ(first, second);
-    EXPECT_EQ(
-        cloud().received("/device/low_power_mode/transmission_secret").at(0).param("hardware"),
-        SampleDevice::model);
-}
-
 }  // namespace

@@ -5,17 +5,14 @@
 #include "CloudFixture.h"
 #include "velmar/quil/api/LoadMoreAPI.h"
 #include "velmar/quil/api/LoadMoreV2API.h"
-#include "velmar/quil/api/MusicActionLogAPI.h"
 #include "velmar/quil/api/MusicAlbumAPI.h"
 #include "velmar/quil/api/MusicPlayListAPI.h"
 #include "velmar/quil/api/MusicRecommendAPI.h"
 #include "velmar/quil/api/MusicSongInfoAPI.h"
 #include "velmar/quil/api/MusicStationAPI.h"
 #include "velmar/quil/api/PlayListV2API.h"
-#include "velmar/quil/api/PlayResourceAPI.h"
 
 using namespace velmar::quil::api;
-using velmar::testing::SampleDevice;
 
 namespace {
 
@@ -103,31 +100,6 @@ TEST_F(MusicTest, ContentListingsPageThroughTheCatalogue) {
                                                "storyhall", "story", 0, 3),
               0);
     EXPECT_EQ(data(document, answer)["nextOffset"].GetInt(), 3) << answer;
-}
-
-TEST_F(MusicTest, CoursePlaybackResumesWhereTheAlarmStopped) {
-    const std::string deviceId = SampleDevice::deviceId;
-    ASSERT_EQ(PlayResourceAPI::setPlayResourceStatus(baseUrl(), deviceId, "alarm-1", "course-7",
-                                                     "kidsacademy", 2, 61000),
-              0);
-    std::string next;
-    ASSERT_EQ(PlayResourceAPI::getPlayResource(next, baseUrl(), deviceId, "alarm-1", "course-7",
-                                               "kidsacademy"),
-              0);
-    rapidjson::Document document;
-    EXPECT_EQ(data(document, next)["playIndex"].GetInt(), 2) << next;
-    EXPECT_EQ(data(document, next)["playPosition"].GetInt(), 61000);
-}
-
-TEST_F(MusicTest, ActionLogReachesTheCloudWithTheDeviceIdentity) {
-    std::string answer;
-    ASSERT_EQ(MusicActionLogAPI::log(answer, baseUrl(), "52001", "2882303761517", "play", "1001",
-                                     "song", "{\"from\":\"voice\"}"),
-              0);
-    rapidjson::Document document;
-    EXPECT_EQ(data(document, answer)["logged"].GetInt(), 1) << answer;
-    EXPECT_EQ(cloud().received("/device/music_action_log").at(0).param("hardware"),
-              SampleDevice::model);
 }
 
 }  // namespace

@@ -1,49 +1,17 @@
-// Serial-number lookups, the carrier file and Andlink IDs through the host
-// port against the local cloud.
+// The carrier file and Andlink IDs through the host port against the local
+// cloud.
 #include <iterator>
 
 #include "CloudFixture.h"
 #include "velmar/quil/api/CarrierOperator.h"
 #include "velmar/quil/api/CmccAndlinkAPI.h"
-#include "velmar/quil/api/DeviceSnCmei.h"
-#include "velmar/quil/api/DeviceSnCtei.h"
-#include "velmar/quil/api/DeviceSnProfile.h"
 
 using namespace velmar::quil::api;
-using velmar::testing::SampleDevice;
 namespace fs = std::filesystem;
 
 namespace {
 
 using SerialTest = velmar::testing::CloudFixture;
-
-TEST_F(SerialTest, LookupsGoToTheProductionOrThePreviewService) {
-    quilcloud::Cloud::Options options;
-    options.deviceStore = (root() / "data/device").string();
-    options.workDir = (root() / "preview").string();
-    fs::create_directories(options.workDir);
-    quilcloud::Cloud preview(options);
-    ASSERT_TRUE(preview.start()) << preview.error();
-    writeConfig(
-        {{"sQuilUserprofileURL", baseUrl()}, {"sQuilUserprofilePreviewURL", preview.baseUrl()}});
-
-    std::string result;
-    ASSERT_EQ(DeviceSnCmei::getDeviceCmeiBySn(result, false), 0);
-    EXPECT_NE(result.find("\"cmei\":\""), std::string::npos) << result;
-    ASSERT_EQ(DeviceSnCtei::getDeviceCteiBySn(result, true), 0);
-    EXPECT_NE(result.find("\"ctei\":\""), std::string::npos) << result;
-    ASSERT_EQ(DeviceSnProfile::getDeviceProfileBySn(result, true), 0);
-    EXPECT_NE(result.find(SampleDevice::model), std::string::npos) << result;
-    ASSERT_EQ(CarrierOperator::getCarrierOperatorStatus(result, false), 0);
-    EXPECT_NE(result.find("\"status\":\"inactive\""), std::string::npos) << result;
-
-    EXPECT_EQ(cloud().received("/device_sn/get_device_cmei").size(), 1u);
-    EXPECT_EQ(cloud().received("/device_carrier/get_carrier_status").at(0).param("sn"),
-              SampleDevice::sn);
-    EXPECT_EQ(preview.received("/device_sn/get_device_ctei").size(), 1u);
-    EXPECT_EQ(preview.received("/device_sn/get_profile").size(), 1u);
-    EXPECT_EQ(cloud().received().size() + preview.received().size(), 4u);
-}
 
 TEST_F(SerialTest, CarrierStatusFileLiesUnderTheDeviceRoot) {
     CarrierOperator::setCarrierOperatorStatus("{ \"carrier\": \"CMCC\", \"plan\": 5 }");

@@ -1,9 +1,7 @@
-// Device status, the work-day calendar and the stereo server through the
-// host port against the local cloud.
+// Device status through the host port against the local cloud: kept per
+// catagory.
 #include "CloudFixture.h"
 #include "velmar/quil/api/DeviceStatusAPI.h"
-#include "velmar/quil/api/StereoAPI.h"
-#include "velmar/quil/api/WorkDayConfigAPI.h"
 
 using namespace velmar::quil::api;
 
@@ -20,23 +18,6 @@ TEST_F(StatusTest, StatusIsKeptPerCatagory) {
     EXPECT_EQ(status, "40");
     ASSERT_EQ(DeviceStatusAPI::getDeviceStatus(status, baseUrl(), "mute"), 0);
     EXPECT_EQ(status, "on");
-}
-
-TEST_F(StatusTest, WorkDayConfigIsNotSentAgainWhenCurrent) {
-    std::string config;
-    ASSERT_EQ(WorkDayConfigAPI::getWorkDayConfig(config, baseUrl(), ""), 0);
-    EXPECT_NE(config.find("\"version\":\"2026.1\""), std::string::npos) << config;
-    config = "stale";
-    ASSERT_EQ(WorkDayConfigAPI::getWorkDayConfig(config, baseUrl(), "2026.1"), 0);
-    EXPECT_EQ(config, "");
-}
-
-TEST_F(StatusTest, StereoServerIsSetUpForTheHardware) {
-    std::string response;
-    ASSERT_EQ(StereoAPI::SetServer(response, baseUrl()), 0);
-    EXPECT_NE(response.find("\"server\":\"stereo-"), std::string::npos) << response;
-    EXPECT_EQ(cloud().received("/iot/dcm/set_stereo_server").at(0).param("hardware"),
-              velmar::testing::SampleDevice::model);
 }
 
 }  // namespace

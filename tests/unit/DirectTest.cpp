@@ -1,8 +1,11 @@
 // The directly addressed services on the fake port. Signature vectors were
 // computed outside this code base (Python's hashlib and base64).
+#include <stdlib.h>
+
 #include <map>
 #include <tuple>
 
+#include "api/OwnCurl.h"
 #include "velmar/fake/FakeTest.h"
 #include "velmar/quil/api/ActionLogAPI.h"
 #include "velmar/quil/api/BindAPI.h"
@@ -166,7 +169,8 @@ TEST_F(DirectTest, TimeSyncTakesAnIntegerTimeFromA200Only) {
     const fake::Call& call = fake::calls().at(0);
     EXPECT_EQ(call.overload, fake::Overload::Url);
     EXPECT_EQ(std::tie(call.params, call.timeoutMs, call.cookie), std::make_tuple("", 15000, ""));
-    EXPECT_TRUE(fake::logged("time sync result: {\"code\":0,\"data\":{\"t\":42}}", 2));
+    // The answer's line ends in an end of line of its own.
+    EXPECT_TRUE(fake::loggedExactly("time sync result: {\"code\":0,\"data\":{\"t\":42}}\n", 2));
 
     // With a 200 the transport's error value is not looked at.
     fake::pushAnswer(
@@ -177,15 +181,19 @@ TEST_F(DirectTest, TimeSyncTakesAnIntegerTimeFromA200Only) {
     for (const char* body :
          {"{\"code\":\"0\",\"data\":{\"t\":1}}", "{\"code\":0,\"data\":{\"t\":1.5}}",
           "{\"code\":0,\"data\":{\"t\":\"1\"}}", "{\"code\":2,\"data\":{\"t\":1}}",
-          "{\"code\":0,\"data\":[1]}", "{\"code\":0}", "null", "t=1"}) {
+          "{\"code\":0,\"data\":[1]}", "{\"code\":0}", "null", "t=1",
+          // A code beyond 32 bits is no 0; a time beyond 64 bits is no integer.
+          "{\"code\":4294967296,\"data\":{\"t\":1}}",
+          "{\"code\":0,\"data\":{\"t\":9223372036854775808}}",
+          "{\"code\":0,\"data\":{\"t\":18446744073709551616}}"}) {
         fake::pushBody(body);
         EXPECT_EQ(TimeSyncAPI::request(serverTime), 610) << body;
         EXPECT_TRUE(fake::logged(std::string("Invalid result: ") + body, 4)) << body;
     }
     fake::pushBody("gone", 404);
     EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
-    EXPECT_TRUE(
-        fake::logged("HTTPRequest::httpGet() none 200 status code: 404; result: gone (error: )"));
+    EXPECT_TRUE(fake::loggedExactly(
+        "HTTPRequest::httpGet() none 200 status code: 404; result: gone (error: )", 4));
     fake::pushFailure();
     EXPECT_EQ(TimeSyncAPI::request(serverTime), 604);
     EXPECT_TRUE(
@@ -202,7 +210,7 @@ TEST_F(DirectTest, LogUploadSignsTheRawFormWithUrlSafeBase64) {
     EXPECT_TRUE(LogUploadAPI::upload(response, "common-x", "2.14.3", "dev-4", "p=1&q"));
     EXPECT_EQ(response, "refused");
     const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.overload, fake::Overload::BaseAndPath);
+    EXPECT_EQ(call.timeoutMs, 15000);
     // The digest's standard Base64 holds a "+", sent as "-".
     EXPECT_EQ(call.decodedParams(),
               (Params{{"_n", "00000000-0000-4000-8000-000000000001"},
@@ -220,6 +228,35 @@ TEST_F(DirectTest, LogUploadSignsTheRawFormWithUrlSafeBase64) {
     EXPECT_TRUE(fake::logged("httpRequest() failed with error: Error (code: 607", 4));
 }
 
+TEST_F(DirectTest, LiteUploadGoesOverIPv4WithItsOwnDeadlineAndKeepAlive) {
+    // Nothing listens there, and nothing leaves loopback; blank pins are skipped.
+    fake::setConfig("sVeWiFiLOGURL", "http://127.0.0.1:9");
+    setenv("VELMAR_RESOLVE", "log.test:80:127.0.0.1, \t,x.test:1:127.0.0.1", 1);
+    static std::vector<std::pair<CURLoption, long>> options;
+    options.clear();
+    detail::observeLongOptionsForTest(
+        [](CURLoption option, long value) { options.emplace_back(option, value); });
+    std::string response;
+    EXPECT_FALSE(LogUploadAPI::uploadLite(response, "common-l", "1", "d", "1", "/no/such/file"));
+    detail::observeLongOptionsForTest(nullptr);
+    unsetenv("VELMAR_RESOLVE");
+    EXPECT_TRUE(fake::logged("curl_easy_perform() failed: ", 4));
+    EXPECT_EQ(options,
+              (std::vector<std::pair<CURLoption, long>>{{CURLOPT_TIMEOUT_MS, 100000},
+                                                        {CURLOPT_NOSIGNAL, 1},
+                                                        {CURLOPT_TCP_KEEPALIVE, 1},
+                                                        {CURLOPT_IPRESOLVE, CURL_IPRESOLVE_V4}}));
+
+    // Trust that cannot be read stops the upload before it is sent.
+    fake::setConfig("sVeWiFiLOGURL", "https://127.0.0.1:9");
+    setenv("VELMAR_CA_FILE", "/no/such/bundle.pem", 1);
+    EXPECT_FALSE(LogUploadAPI::uploadLite(response, "common-l", "1", "d", "1", "/no/such/file"));
+    unsetenv("VELMAR_CA_FILE");
+    EXPECT_TRUE(fake::loggedExactly(
+        "Upload not set up: cannot read the CA bundle /no/such/bundle.pem named by VELMAR_CA_FILE",
+        4));
+}
+
 TEST_F(DirectTest, ActionLogNonceIsAUuidGroupAndBigEndianMinutes) {
     fake::pushUuid("abcdef12-3456-4789-8abc-def012345678");
     fake::setNow((0x100000000LL + 0x01020304) * 60000 + 59999);  // minutes beyond 32 bits
@@ -230,7 +267,9 @@ TEST_F(DirectTest, ActionLogNonceIsAUuidGroupAndBigEndianMinutes) {
     const std::string printed = ::testing::internal::GetCapturedStdout();
 
     // "abcdef12" and the minutes' low 32 bits, 01 02 03 04, in Base64.
-    EXPECT_EQ(fake::calls().at(0).params, "_nonce=YWJjZGVmMTIBAgME&payload=rec");
+    const fake::Call& call = fake::calls().at(0);
+    EXPECT_EQ(call.timeoutMs, 15000);
+    EXPECT_EQ(call.params, "_nonce=YWJjZGVmMTIBAgME&payload=rec");
     EXPECT_EQ(fake::randomDraws(), (std::vector<unsigned>{32, 16}));
     EXPECT_EQ(printed,
               "did: d-1\npayload: rec\nhost: https://collector.test\nnonce: YWJjZGVmMTIBAgME\n"
@@ -283,6 +322,7 @@ TEST_F(DirectTest, CallerValuesInAPathStayOneSegment) {
         std::string response;
         EXPECT_FALSE(UpgradeAPI::checkUpgrade(link, size, dots, "f", "1", "c", "l", "CN"));
         EXPECT_FALSE(LogUploadAPI::upload(response, dots, "1", "d", "p"));
+        EXPECT_FALSE(LogUploadAPI::uploadLite(response, dots, "1", "d", "1", "/no/such/file"));
         ::testing::internal::CaptureStdout();
         EXPECT_EQ(ActionLogAPI::upload(response, dots, "rec", "https://collector.test"), 0);
         EXPECT_NE(::testing::internal::GetCapturedStdout().find("success: 0\n"), std::string::npos);
@@ -295,18 +335,21 @@ TEST_F(DirectTest, BindPostsAFreshRequestIdAndIgnoresTheStatus) {
     fake::pushBody("{\"code\":9}", 500);
     EXPECT_EQ(BindAPI::bind(response, -1, "pl"), 0);
     EXPECT_EQ(response, "{\"code\":9}");
+    fake::pushAnswer({true, 200, "late", velmar::utils::ERROR_HTTP_TIMEOUT, ""});
+    EXPECT_EQ(BindAPI::bind(response, 1001, "pl"), 604);
     fake::pushFailure();
     EXPECT_EQ(BindAPI::bind(response, 1001, "pl"), 604);
 
     const fake::Call& first = fake::calls().at(0);
-    EXPECT_EQ(first.overload, fake::Overload::Form);
+    EXPECT_EQ(first.timeoutMs, 15000);
     EXPECT_EQ(first.fields.at("payload"), std::vector<std::string>{"pl"});
     EXPECT_EQ(first.fields.at("userId"), std::vector<std::string>{"-1"});
     EXPECT_NE(first.fields.at("requestId"), fake::calls().at(1).fields.at("requestId"));
-    EXPECT_TRUE(fake::logged(
-        "httpRequest() failed (requestId: " + fake::calls().at(1).fields.at("requestId").at(0) +
-            "; status: 0; error message: connection refused; "
-            "error code: Error (code: 602, message: ",
+    EXPECT_TRUE(fake::loggedExactly(
+        "httpRequest() failed (requestId: " + fake::calls().at(2).fields.at("requestId").at(0) +
+            "; status: 0; error message: connection refused; error code: Error (code: 602, "
+            "message: " +
+            velmar::utils::ErrorCode::getErrorMessage(velmar::utils::ERROR_HTTP_CONNECT) + "))",
         4));
 }
 
@@ -329,21 +372,27 @@ TEST_F(DirectTest, UserProfileAnswerCases) {
     EXPECT_TRUE(fake::logged("Invalid Type displayname!", 4));
     EXPECT_TRUE(fake::logged("Invalid result:document.IsNull!", 4));
     const fake::Call& call = fake::calls().at(0);
-    EXPECT_EQ(call.baseUrl, "https://account.velmar-cloud.test");
-    EXPECT_EQ(call.path, "user/profile");
-    EXPECT_EQ(call.method, "GET");
-    EXPECT_EQ(call.params, "clientId=client&token=tok");
+    EXPECT_EQ(call.timeoutMs, 15000);
+    EXPECT_TRUE(fake::loggedExactly("Request params=clientId=client&token=tok", 2));
+    EXPECT_TRUE(fake::loggedExactly("Response info={\"result\":\"error\"}", 2));
+    EXPECT_TRUE(fake::loggedExactly("Get result =error", 2));
 
     // A body that came with a transport error is still read.
     fake::pushAnswer({false, 200, "{\"result\":\"ok\",\"data\":{\"userId\":18446744073709551615}}",
                       velmar::utils::ERROR_HTTP_TIMEOUT, ""});
     EXPECT_EQ(GetUserProfileAPI::request(userId, "client", "tok"), 0);
     EXPECT_EQ(userId, 18446744073709551615ull);
-    EXPECT_TRUE(
-        fake::logged("httpRequest() failed (status: 200; error message: ; error code: "
-                     "Error (code: 603",
-                     4));
+    EXPECT_TRUE(fake::loggedExactly(
+        "httpRequest() failed (status: 200; error message: ; error code: Error (code: 603, "
+        "message: " +
+            velmar::utils::ErrorCode::getErrorMessage(velmar::utils::ERROR_HTTP_TIMEOUT) + "))",
+        4));
     EXPECT_TRUE(fake::logged("Get userId =18446744073709551615", 2));
+    // So is one that came with an error value alone; a negative ID is read as its bits.
+    fake::pushAnswer({true, 200, "{\"result\":\"ok\",\"data\":{\"userId\":-2}}",
+                      velmar::utils::ERROR_HTTP_TIMEOUT, ""});
+    EXPECT_EQ(GetUserProfileAPI::request(userId, "client", "tok"), 0);
+    EXPECT_EQ(userId, 18446744073709551614ull);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <iostream>
 
 #include "Command.h"
@@ -91,7 +92,15 @@ int main(int argc, char** argv) {
         }
         Output out;
         out.add("command", c.name);
-        int rc = c.run(args, out);
+        int rc = 1;
+        try {
+            rc = c.run(args, out);
+        } catch (const std::exception& e) {
+            // A stored administrator id that does not parse throws out of
+            // every signed call (with a port whose validity test lets one
+            // through): reported, not a crash.
+            out.add("error", std::string(e.what()));
+        }
         if (!out.omitted()) std::cout << out.finish() << std::endl;
         return rc;
     }

@@ -38,6 +38,9 @@ class VELMAR_QUIL_EXPORT DeviceAPI {
     ///     its HTTP status; ERROR_HTTP_FAILED (604) when it did not, or when a
     ///     stored identity value holds ';', ',' or a control character and
     ///     would break the Cookie header (nothing is sent)
+    /// @throws std::invalid_argument, std::out_of_range as
+    ///     QuilConfigUtils::getSuperAdmin() does on a stored administrator id
+    ///     that does not parse; so does every call built on this request
     static ErrorType request(std::string& response, int& httpStatus, const std::string& baseUrl,
                              const std::string& path, const std::string& method,
                              const std::map<std::string, std::string>& params);
