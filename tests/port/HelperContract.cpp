@@ -7,6 +7,7 @@
 #include <ctime>
 #include <regex>
 #include <set>
+#include <sstream>
 
 #include "Contract.h"
 #include "velmar/crypto/BaseEncoding.h"
@@ -15,6 +16,7 @@
 #include "velmar/device/DeviceInfo.h"
 #include "velmar/json/JSONUtils.h"
 #include "velmar/utils/ConfigFile.h"
+#include "velmar/utils/ErrorType.h"
 #include "velmar/utils/ExecUtils.h"
 #include "velmar/utils/TimeUtils.h"
 #include "velmar/utils/UUIDUtils.h"
@@ -189,6 +191,37 @@ std::vector<Point> files() {
                  const int status = utils::ExecUtils::exec(output, row[0]);
                  v.equal(Verdict::show(row[0]), std::to_string(status) + " " + output, row[1]);
              }
+         }},
+        {"ErrorCode: every status has a message of its own, and prints as "
+         "\"Error (code: N, message: TEXT)\"",
+         [](Port&, Verdict& v) {
+             std::set<std::string> messages;
+             // Every status, and one no release has used.
+             for (int code : {0, 101, 600, 601, 602, 603, 604, 605, 606, 607, 610, 612, 1001, 1002,
+                              1003, 9999})
+                 messages.insert(utils::ErrorCode::getErrorMessage(utils::ErrorType(code)));
+             v.equal("distinct messages", messages.size(), 16u);
+             std::ostringstream out;
+             out << utils::ERROR_HTTP_FAILED;
+             v.equal("stream form", out.str(),
+                     "Error (code: 604, message: " +
+                         utils::ErrorCode::getErrorMessage(utils::ERROR_HTTP_FAILED) + ")");
+         }},
+        {"str_hexdump: silent unless VELMAR_HEXDUMP=1, and even then never the whole signature",
+         [](Port&, Verdict& v) {
+             unsigned char digest[32];
+             std::memset(digest, 0xab, sizeof(digest));
+             const str_t mac{32, digest};
+             for (const char* on : {"0", "1"}) {
+                 setenv("VELMAR_HEXDUMP", on, 1);
+                 ::testing::internal::CaptureStderr();
+                 str_hexdump("hmac", &mac);
+                 const std::string dump = ::testing::internal::GetCapturedStderr();
+                 v.expect(dump.empty() == (on[0] == '0'), std::string("output with ") + on);
+                 v.expect(dump.find("ab ab ab ab ab") == std::string::npos,
+                          "at most four bytes shown (got " + Verdict::show(dump) + ")");
+             }
+             unsetenv("VELMAR_HEXDUMP");
          }},
     };
 }
