@@ -22,9 +22,6 @@ std::string joinUrl(const std::string& baseUrl, const std::string& path);
 std::string refusal(const std::string& method, const std::string& url, const std::string& cookie,
                     const std::vector<std::string>& headers);
 
-// Decodes "a=1&b=%20" pairs ("+" reads as a space); malformed escapes are kept.
-std::vector<std::pair<std::string, std::string>> decodeParams(const std::string& text);
-
 }  // namespace detail
 }  // namespace http
 }  // namespace velmar

@@ -98,55 +98,6 @@ std::string joinUrl(const std::string& baseUrl, const std::string& path) {
     return baseUrl.substr(0, end) + "/" + path.substr(begin);
 }
 
-namespace {
-
-int hexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-std::string decode(const std::string& text) {
-    std::string out;
-    out.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i) {
-        char c = text[i];
-        if (c == '+') {
-            out += ' ';
-        } else if (c == '%' && i + 2 < text.size() && hexValue(text[i + 1]) >= 0 &&
-                   hexValue(text[i + 2]) >= 0) {
-            out += static_cast<char>(hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]));
-            i += 2;
-        } else {
-            out += c;
-        }
-    }
-    return out;
-}
-
-}  // namespace
-
-std::vector<std::pair<std::string, std::string>> decodeParams(const std::string& text) {
-    std::vector<std::pair<std::string, std::string>> out;
-    size_t start = 0;
-    while (start <= text.size() && !text.empty()) {
-        size_t end = text.find('&', start);
-        if (end == std::string::npos) end = text.size();
-        std::string pair = text.substr(start, end - start);
-        if (!pair.empty()) {
-            size_t eq = pair.find('=');
-            if (eq == std::string::npos) {
-                out.emplace_back(decode(pair), "");
-            } else {
-                out.emplace_back(decode(pair.substr(0, eq)), decode(pair.substr(eq + 1)));
-            }
-        }
-        start = end + 1;
-    }
-    return out;
-}
-
 }  // namespace detail
 
 }  // namespace http

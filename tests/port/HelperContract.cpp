@@ -60,7 +60,7 @@ std::vector<Point> helpers() {
              json::JSONObjectCleaner cleaner;
              json_object* root = cleaner.add(json_tokener_parse(
                  R"({"s":"text","i":5,"d":1.5,"b":true,"a":[1,2],"o":{"k":1},"n":null,)"
-                 R"("max":9223372036854775807,"imin":-2147483648})"));
+                 R"("max":9223372036854775807,"imin":-2147483648,"under":-2147483649})"));
              // READER KEY -> what it gives
              for (const std::string row :
                   {"getString s -> true text", "getString i -> false stale", "getInt i -> true 5",
@@ -68,8 +68,9 @@ std::vector<Point> helpers() {
                    "getJSONArray a -> true length-2", "getJSONArray o -> false stale",
                    "getJSONObject o -> true { \"k\": 1 }", "getJSONObject i -> true 5",
                    "getInt max -> true 9223372036854775807", "getInt(int) max -> false -7",
-                   "getInt(int) imin -> true -2147483648", "getJSONObject n -> false stale",
-                   "getString none -> false stale"}) {
+                   "getInt(int) imin -> true -2147483648", "getInt(int) under -> false -7",
+                   "getJSONObject n -> false stale", "getString none -> false stale",
+                   "getJSONArray none -> false stale"}) {
                  const size_t space = row.find(' '), arrow = row.find(" -> ");
                  v.equal(row.substr(0, arrow),
                          read(row.substr(0, space), root, row.substr(space + 1, arrow - space - 1)),
@@ -90,6 +91,8 @@ std::vector<Point> helpers() {
                  const bool ok = crypto::DigestUtils::md5(digest, row[0], strlen(row[0]));
                  v.equal(Verdict::show(row[0]), ok ? BaseEncoding::encodeHex(digest) : "", row[1]);
              }
+             std::vector<unsigned char> digest;
+             v.expect(!crypto::DigestUtils::md5(digest, nullptr, 3), "no data of length 3 refused");
          }},
         {"str_hmac_sha256: RFC 4231 test cases 1 and 6 (a key longer than a block), 32 bytes "
          "released by str_destroy",
@@ -109,6 +112,11 @@ std::vector<Point> helpers() {
                          mac);
                  str_destroy(out);
              }
+             str_t k{3, nullptr}, d{0, nullptr};
+             v.expect(!str_hmac_sha256(nullptr, &d) && !str_hmac_sha256(&d, nullptr) &&
+                          !str_hmac_sha256(&d, &k) && !str_hmac_sha256(&k, &d),
+                      "no string, or no bytes of length 3: no MAC");
+             str_destroy(nullptr);
              str_hexdump("contract", nullptr);  // the library passes a failed HMAC too
          }},
         {"BaseEncoding: Base64 of RFC 4648 (\"+\", \"/\", \"=\" padding), its URL-safe form "
@@ -134,6 +142,10 @@ std::vector<Point> helpers() {
                          std::string(row[1]) + " " + row[1] + " " + row[2] + " " + row[2] + " " +
                              row[3]);
              }
+             std::string out = "stale";
+             v.expect(!BaseEncoding::encodeB64(out, nullptr, 3) && out == "stale" &&
+                          BaseEncoding::encodeB64URL(nullptr, 3).empty(),
+                      "no data of length 3: refused, nothing encoded");
          }},
         {"RandomUtils::nextBytes: as many bytes as asked, two draws differ; UUIDUtils::generate: "
          "36 lower-case characters of a version-4 UUID, 1000 in a row distinct",
@@ -216,6 +228,7 @@ std::vector<Point> files() {
                  setenv("VELMAR_HEXDUMP", on, 1);
                  ::testing::internal::CaptureStderr();
                  str_hexdump("hmac", &mac);
+                 str_hexdump(nullptr, nullptr);
                  const std::string dump = ::testing::internal::GetCapturedStderr();
                  v.expect(dump.empty() == (on[0] == '0'), std::string("output with ") + on);
                  v.expect(dump.find("ab ab ab ab ab") == std::string::npos,

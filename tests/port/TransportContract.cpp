@@ -133,6 +133,11 @@ std::vector<Point> wireForm() {
         wire("transport.POST: the parameters are an application/x-www-form-urlencoded body",
              {kUrl, kUrlResolvers, kBasePath, kFields}, Request("POST"), form,
              "POST [] [a=1&b=x%20y] application/x-www-form-urlencoded"),
+        wire("transport.HEAD: the parameters are the query string, as for GET", {kUrl, kBasePath},
+             Request("HEAD"), form, "HEAD [a=1&b=x%20y] [] "),
+        wire("transport: any other method (PUT) carries the parameters in a form body, as POST",
+             {kUrl, kBasePath}, Request("PUT"), form,
+             "PUT [] [a=1&b=x%20y] application/x-www-form-urlencoded"),
         wire(
             "transport: header lines go out as given, empty entries skipped",
             {kUrl, kUrlResolvers, kBasePath, kFields},
@@ -157,6 +162,16 @@ std::vector<Point> wireForm() {
         {"", "contract/x", "/contract/x"}, {"//", "//contract/x", "/contract/x"},
         {"/api/", "/v2/x", "/api/v2/x"}};
     // clang-format on
+    // A URL that already has a query keeps it; the parameters follow it.
+    for (const char* url : {"/contract/x?z=9", "/contract/x?z=9&", "/contract/x?"}) {
+        Request q;
+        q.path = url;
+        points.push_back(wire(
+            std::string("transport.url: GET to \"") + url +
+                "\" appends the parameters to its query",
+            {kUrl, kUrlResolvers}, q, [](Sent s) { return s.query; },
+            url[12] == 'z' ? "z=9&a=1&b=x%20y" : "a=1&b=x%20y"));
+    }
     for (const auto& join : joins) {
         Request q;
         q.base = join[0];
@@ -181,8 +196,8 @@ std::vector<Point> faults() {
              const Reply r = send(port, kBasePath, port.serve(serve), q);  // any status
              v.equal(kReturned, r.line, "false " + std::to_string(r.status) + " \"\" 607 a-text");
          }},
-        {"transport: a line break in a header line or the cookie is refused unsent: false, "
-         "ERROR_HTTP_INIT (600)",
+        {"transport: a line break in a header line or the cookie, or a method that is no HTTP "
+         "token, is refused unsent: false, ERROR_HTTP_INIT (600)",
          [](Port& port, Verdict& v) {
              const std::string base = port.serve({});
              for (int o = 0; o < 4; ++o) {
@@ -193,6 +208,9 @@ std::vector<Point> faults() {
              v.equal(std::string("with a cookie: ") + kReturned,
                      send(port, kUrl, base, Request("GET", {}, "a=1\nX-Evil: 1")).line,
                      "false 0 \"\" 600 a-text");
+             for (const char* method : {"GET /evil", "", "G\tET"})
+                 v.equal(Verdict::show(method) + " as the method: " + kReturned,
+                         send(port, kUrl, base, Request(method)).line, "false 0 \"\" 600 a-text");
              if (!port.lacks(Need::Wire)) v.equal("requests received", port.sent().size(), 0u);
          }},
         {"transport: calls from several threads at once each get their own answer",
