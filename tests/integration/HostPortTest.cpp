@@ -16,6 +16,7 @@
 #include "velmar/device/DeviceInfo.h"
 #include "velmar/http/HTTPRequest.h"
 #include "velmar/utils/ExecUtils.h"
+#include "velmar/utils/FileUtils.h"
 #include "velmar/utils/Logging.h"
 
 using velmar::testing::readFile;
@@ -57,6 +58,14 @@ TEST_F(HostPortTest, StoreFilesLoseOneLineEndKeepCredentialsPrivateAndAreReadAga
         std::ofstream(devicePath("/data/device/deviceid")) << stored;
         EXPECT_EQ(deviceId(), value) << stored;
     }
+    for (const auto& [stored, value] : {std::pair{"-67 \r\n", -67},
+                                        {"12abc", 0},
+                                        {"", 0},
+                                        {"99999999999", 0},
+                                        {"-99999999999", 0}}) {
+        std::ofstream(devicePath("/data/device/rssi")) << stored;
+        EXPECT_EQ(rssi_get(), value) << stored;
+    }
     const auto mode = [this](const std::string& name) {
         return unsigned(fs::status(devicePath("/data/device/" + name)).permissions());
     };
@@ -74,7 +83,17 @@ TEST_F(HostPortTest, StoreFilesLoseOneLineEndKeepCredentialsPrivateAndAreReadAga
     char buf[8];  // bad arguments and a directory are failures, not crashes
     EXPECT_TRUE(sn_get(nullptr, 8) != 0 && sn_get(buf, 0) != 0 && device_token_get(buf, -1) < 0 &&
                 deviceid_set(nullptr) != 0 && file_read_string(nullptr, buf, 8) < 0 &&
-                file_read_string("/data/device", buf, 8) < 0);
+                file_read_string("/data/device", buf, 8) < 0 && uid_set(nullptr) < 0 &&
+                file_read_string("/data/device/sn", nullptr, 8) < 0 && uid_isvalid_str(nullptr));
+    using velmar::utils::FileUtils;
+    for (const char* target : {"", "/data/device/", "/data/device"})
+        EXPECT_FALSE(FileUtils::writeAtomically(target, "x")) << target;
+    setenv("VELMAR_ROOT", (root().string() + "//").c_str(), 1);
+    EXPECT_EQ(FileUtils::devicePath("/a") + FileUtils::devicePath("rel"),
+              root().string() + "/arel");
+    setenv("VELMAR_ROOT", "", 1);
+    EXPECT_EQ(FileUtils::devicePath("/a"), "/a");
+    setenv("VELMAR_ROOT", root().c_str(), 1);
 
     // A settled value is kept, yet a rewrite in place of the same length, a
     // replacement and a removal are each seen at once.
@@ -143,6 +162,12 @@ TEST_F(HostPortTest, LogLinesKeepAtMostFourCharactersOfACredentialAndEscapeContr
         {"token=\"quoted-secret-1\" sign = spaced-value-1 tokens=1&mytoken=2&sign-in=3",
          "token=\"quo***\" sign = spa*** tokens=1&mytoken=2&sign-in=3"},
         {"a\r\nbook.cpp:1: forged\tline\x01\x7f", "a\\r\\nbook.cpp:1: forged\\tline\\x01\\x7f"},
+        // Never half a UTF-8 character or half an escape; an empty or unclosed value.
+        {"token='single-quoted' s=a\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9 "
+         "sign=abc\\defghijklmnop _s=&",
+         "token='sin***' s=a*** sign=abc*** _s=&"},
+        {"{\"sessionID\":\"a\\\"bcdefghijk\"} \\\"token\\\": \\\"unclosed-value",
+         "{\"sessionID\":\"a\\\"***\"} \\\"token\\\": \\\"unc***"},
     };
     for (const auto& [statement, line] : rows) {
         const std::string at = std::to_string(__LINE__ + 1);
@@ -167,6 +192,20 @@ TEST_F(HostResolverTest, TheListIsTheEnvironmentsOrTheCallersAndASilentOneFailsW
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1500));
     EXPECT_EQ(call(named, "GET", "not-a-resolver"), "0 0 601");
     close(silent);
+}
+
+TEST_F(HostResolverTest, AChangedVelmarResolveSteersTheNextCallAndADroppedPinIsForgotten) {
+    const std::string port = std::to_string(cloud().port()), named = "http://Quil.test:" + port;
+    const std::string rows[][3] = {
+        {"quil.test:" + port + ":127.0.0.1", "", "1 404 0"},
+        {"quil.test:" + port + ":127.0.0.2", "", "0 0 602"},
+        {" +QUIL.test:" + port + ":127.0.0.1 , -gone.test:1", "", "1 404 0"},
+        {"other.test:1:127.0.0.1", cloud().dnsServers(), "1 404 0"}};
+    for (const auto& [pins, resolvers, reached] : rows) {
+        setenv("VELMAR_RESOLVE", pins.c_str(), 1);
+        EXPECT_EQ(call(named, "GET", resolvers), reached) << pins;
+    }
+    unsetenv("VELMAR_RESOLVE");
 }
 
 TEST_F(HostTlsTest, OneConnectionServesEveryCallNoProxyButVelmarProxyAndTrustIsKeptStrict) {
