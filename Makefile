@@ -90,7 +90,7 @@ test-aarch64 test-armhf: test-%:
 
 # The whole suite in a gcov build, then the per-directory table of lines and
 # branches covered against the targets (scripts/coverage); fails when one
-# falls below its floor. The per-file report is
+# falls below its target. The per-file report is
 # $(COVERAGE_BUILD)/coverage/index.html. gcovr too runs where it cannot replace
 # a device node (it replaces whatever file it is told to write).
 coverage: deps

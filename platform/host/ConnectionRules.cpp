@@ -258,7 +258,8 @@ ConnectionRules::ConnectionRules() : mDatesUnchecked(clockBeforeBuild()) {}
 CURLcode ConnectionRules::apply(CURL* curl, const std::string& url, std::string& error) {
     CURLcode code = CURLE_OK;
     auto set = [&code, curl](CURLoption option, auto value) {
-        if (code == CURLE_OK) code = curl_easy_setopt(curl, option, value);  // GCOVR_EXCL_BR_LINE
+        if (code == CURLE_OK)
+            code = curl_easy_setopt(curl, option, value);  // GCOVR_EXCL_BR_LINE: as below
     };
 #if LIBCURL_VERSION_NUM >= 0x075500
     set(CURLOPT_PROTOCOLS_STR, "http,https");

@@ -62,8 +62,8 @@ HandlePool::HandlePool() {
         curl_share_setopt(share, CURLSHOPT_USERDATA, this) != CURLSHE_OK ||
         curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS) != CURLSHE_OK ||
         curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION) != CURLSHE_OK) {
-        curl_share_cleanup(share);  // GCOVR_EXCL_LINE
-        return;                     // GCOVR_EXCL_LINE
+        curl_share_cleanup(share);  // GCOVR_EXCL_LINE: as above
+        return;                     // GCOVR_EXCL_LINE: as above
     }
     mShare = share;
 }
