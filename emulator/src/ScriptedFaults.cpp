@@ -53,9 +53,10 @@ Scripted Scripted::truncate(const std::string& body) {
     return ofKind(Kind::Truncate, body);
 }
 
-Scripted Scripted::oversize(size_t bytes) {
+Scripted Scripted::oversize(size_t bytes, bool chunked) {
     Scripted s = ofKind(Kind::Oversize);
     s.oversizeBytes = bytes;
+    s.chunked = chunked;
     return s;
 }
 
@@ -135,14 +136,27 @@ std::string Cloud::Impl::answerScripted(const Scripted& s, const Received& r,
         }
         case Scripted::Kind::Oversize: {
             response.status = 200;
-            response.set_content_provider(s.oversizeBytes, s.contentType,
-                                          [this](size_t, size_t length, httplib::DataSink& sink) {
-                                              static const std::string filler(64 * 1024, 'x');
-                                              if (isStopping()) return false;
-                                              return sink.write(filler.data(),
-                                                                std::min(length, filler.size()));
-                                          });
-            return "200 oversize " + std::to_string(s.oversizeBytes) + " bytes";
+            static const std::string filler(64 * 1024, 'x');
+            const size_t total = s.oversizeBytes;
+            if (s.chunked) {
+                response.set_chunked_content_provider(
+                    s.contentType, [this, total](size_t offset, httplib::DataSink& sink) {
+                        if (isStopping()) return false;
+                        if (offset >= total) {
+                            sink.done();
+                            return true;
+                        }
+                        return sink.write(filler.data(), std::min(total - offset, filler.size()));
+                    });
+            } else {
+                response.set_content_provider(
+                    total, s.contentType, [this](size_t, size_t length, httplib::DataSink& sink) {
+                        if (isStopping()) return false;
+                        return sink.write(filler.data(), std::min(length, filler.size()));
+                    });
+            }
+            return "200 oversize " + std::to_string(total) + (s.chunked ? " chunked" : "") +
+                   " bytes";
         }
         case Scripted::Kind::ResetMidAnswer: {
             // The headers are out before the provider is first asked for

@@ -32,9 +32,10 @@ enum class Need { Wire, TimeOut, LargeAnswers, SystemClock, ConfigText, Commands
 struct Serve {
     int status = 200;  // 0: the connection is refused
     std::string body = "{}";
-    int lateMs = 0;     // the answer comes only after this
-    size_t bytes = 0;   // not 0: a 200 answer of this many bytes
-    bool echo = false;  // 200 with "METHOD QUERY BODY" of the request
+    int lateMs = 0;        // the answer comes only after this
+    size_t bytes = 0;      // not 0: a 200 answer of this many bytes
+    bool chunked = false;  // with bytes: its length not stated
+    bool echo = false;     // 200 with "METHOD QUERY BODY" of the request
 };
 
 // One request as the server received it; header names in lower case.

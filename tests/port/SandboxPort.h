@@ -32,7 +32,7 @@ class SandboxPort : public Port, public testing::CloudFixture {
                 });
             }
         } else {
-            cloud().script("*", s.bytes    ? Scripted::oversize(s.bytes)
+            cloud().script("*", s.bytes    ? Scripted::oversize(s.bytes, s.chunked)
                                 : s.lateMs ? Scripted::delay(s.lateMs)
                                            : Scripted::answer(s.status, s.body));
         }

@@ -186,15 +186,20 @@ std::vector<Point> wireForm() {
 
 std::vector<Point> faults() {
     return {
-        {"transport: an answer over 16 MiB is refused: false, no body, ERROR_HTTP_TOO_LARGE (607)",
+        {"transport: an answer over 16 MiB, its length stated or not, is refused: false, no "
+         "body, ERROR_HTTP_TOO_LARGE (607)",
          [](Port& port, Verdict& v) {
              port.require(Need::LargeAnswers);
-             Serve serve;
-             serve.bytes = (16 << 20) + 1;
-             Request q;
-             q.timeoutMs = 60000;
-             const Reply r = send(port, kBasePath, port.serve(serve), q);  // any status
-             v.equal(kReturned, r.line, "false " + std::to_string(r.status) + " \"\" 607 a-text");
+             for (const bool chunked : {false, true}) {
+                 Serve serve;
+                 serve.bytes = (16 << 20) + 1;
+                 serve.chunked = chunked;
+                 Request q;
+                 q.timeoutMs = 60000;
+                 const Reply r = send(port, kBasePath, port.serve(serve), q);  // any status
+                 v.equal(std::string(chunked ? "chunked: " : "") + kReturned, r.line,
+                         "false " + std::to_string(r.status) + " \"\" 607 a-text");
+             }
          }},
         {"transport: a line break in a header line or the cookie, or a method that is no HTTP "
          "token, is refused unsent: false, ERROR_HTTP_INIT (600)",

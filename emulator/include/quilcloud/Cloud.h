@@ -57,7 +57,9 @@ struct Scripted {
         Delay,     // wait delayMs, then answer normally (the route, or body if set)
         Reset,     // close the connection without answering
         Truncate,  // announce the full length of body, send half of it, close
-        Oversize,  // a 200 answer of oversizeBytes bytes
+        // A 200 answer of oversizeBytes bytes, its length stated unless
+        // chunked (then the client sees the size only as the bytes come).
+        Oversize,
         // Send the status line and headers announcing body, then reset the
         // connection (RST) without a byte of the body.
         ResetMidAnswer,
@@ -71,6 +73,7 @@ struct Scripted {
     std::string contentType = "application/json";
     int delayMs = 0;
     size_t oversizeBytes = 0;
+    bool chunked = false;
     size_t trickleBytes = 0;
     int trickleMs = 0;
     int times = -1;  // how many requests it applies to; -1 for all
@@ -79,7 +82,7 @@ struct Scripted {
     static Scripted delay(int ms);
     static Scripted reset();
     static Scripted truncate(const std::string& body);
-    static Scripted oversize(size_t bytes);
+    static Scripted oversize(size_t bytes, bool chunked = false);
     static Scripted resetMidAnswer(const std::string& body);
     static Scripted trickle(size_t bytes, int everyMs);
 };
