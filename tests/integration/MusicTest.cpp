@@ -3,14 +3,7 @@
 #include <rapidjson/document.h>
 
 #include "CloudFixture.h"
-#include "velmar/quil/api/LoadMoreAPI.h"
-#include "velmar/quil/api/LoadMoreV2API.h"
-#include "velmar/quil/api/MusicAlbumAPI.h"
-#include "velmar/quil/api/MusicPlayListAPI.h"
-#include "velmar/quil/api/MusicRecommendAPI.h"
-#include "velmar/quil/api/MusicSongInfoAPI.h"
-#include "velmar/quil/api/MusicStationAPI.h"
-#include "velmar/quil/api/PlayListV2API.h"
+#include "Endpoints.h"
 
 using namespace velmar::quil::api;
 

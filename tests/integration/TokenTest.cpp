@@ -1,8 +1,7 @@
 // Service tokens through the host port against the local cloud: what the
 // cloud holds for the device decides what the calls get.
 #include "CloudFixture.h"
-#include "velmar/quil/api/TencentAccountAPI.h"
-#include "velmar/quil/api/VEOTTokenAPI.h"
+#include "Endpoints.h"
 
 using namespace velmar::quil::api;
 
