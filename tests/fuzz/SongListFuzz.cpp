@@ -8,11 +8,8 @@
 #include <functional>
 #include <vector>
 
+#include "Endpoints.h"
 #include "Harness.h"
-#include "velmar/quil/api/MusicAlbumAPI.h"
-#include "velmar/quil/api/MusicPlayListAPI.h"
-#include "velmar/quil/api/MusicSongInfoAPI.h"
-#include "velmar/quil/api/PlayListV2API.h"
 
 using namespace velmar::quil::api;
 

@@ -1,8 +1,7 @@
 // Account-scoped endpoints through the host port against the local cloud:
 // what one call stores, the next one reads, per user.
 #include "CloudFixture.h"
-#include "velmar/quil/api/PrivacySettingsAPI.h"
-#include "velmar/quil/api/VoipDurationAPI.h"
+#include "Endpoints.h"
 
 using namespace velmar::quil::api;
 

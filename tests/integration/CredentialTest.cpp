@@ -4,10 +4,8 @@
 #include <chrono>
 
 #include "CloudFixture.h"
+#include "Endpoints.h"
 #include "host/TestHooks.h"
-#include "velmar/quil/QuilConfigUtils.h"
-#include "velmar/quil/api/DeviceAPI.h"
-#include "velmar/quil/api/PresenceAPI.h"
 
 using velmar::quil::QuilConfigUtils;
 using velmar::quil::api::DeviceAPI;

@@ -45,6 +45,7 @@ class DoctorTest : public TlsCloudFixture {
   public:  // the rows reach the fixture
     using CloudFixture::cloud;
     using CloudFixture::root;
+    using CloudFixture::servicesAtCloud;
     using CloudFixture::store;
     using CloudFixture::writeConfig;
 
@@ -63,16 +64,6 @@ class DoctorTest : public TlsCloudFixture {
 
     std::vector<Finding> diagnose() { return quilctl::doctor::run({2000, 20000}); }
 
-    // Points the log service at `url`, every other key as the fixture has it.
-    void logServiceAt(const std::string& url) {
-        writeConfig({{"sQuilAPIURL", baseUrl()},
-                     {"sQuilUserprofileURL", baseUrl()},
-                     {"sQuilUserprofilePreviewURL", baseUrl()},
-                     {"sVeWiFiAPIURL", baseUrl()},
-                     {"sVeWiFiLOGURL", url},
-                     {"sTimeSyncURL", baseUrl() + "/time/sync"}});
-    }
-
     // A second HTTPS cloud serving the log service; its CA trusted or not.
     std::string otherCloud(bool trusted, long long notBeforeOffsetSeconds) {
         quilcloud::Cloud::Options options;
@@ -87,7 +78,7 @@ class DoctorTest : public TlsCloudFixture {
             std::ofstream(bundle) << readFile(cloud().caFile()) << readFile(other_->caFile());
             setenv("VELMAR_CA_FILE", bundle.c_str(), 1);
         }
-        logServiceAt(other_->baseUrl() + "/log");
+        servicesAtCloud(other_->baseUrl() + "/log");
         return "127.0.0.1:" + std::to_string(other_->port()) + " tls";
     }
 
@@ -131,7 +122,7 @@ std::function<std::string(DoctorTest&)> storing(const char* file, const std::str
 // A row that points the log service at `url`; `check` reports it.
 std::function<std::string(DoctorTest&)> logAt(const char* url, const char* check) {
     return [url, check](DoctorTest& t) {
-        t.logServiceAt(url);
+        t.servicesAtCloud(url);
         return std::string(check);
     };
 }

@@ -3,8 +3,7 @@
 #include <iterator>
 
 #include "CloudFixture.h"
-#include "velmar/quil/api/CarrierOperator.h"
-#include "velmar/quil/api/CmccAndlinkAPI.h"
+#include "Endpoints.h"
 
 using namespace velmar::quil::api;
 namespace fs = std::filesystem;

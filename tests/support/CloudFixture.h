@@ -13,6 +13,7 @@
 #include <string>
 
 #include "quilcloud/Cloud.h"
+#include "velmar/http/HTTPRequest.h"
 
 namespace velmar {
 namespace testing {
@@ -64,12 +65,7 @@ class CloudFixture : public ::testing::Test {
         cloud_ = std::make_unique<quilcloud::Cloud>(options);
         ASSERT_TRUE(cloud_->start()) << cloud_->error();
 
-        writeConfig({{"sQuilAPIURL", cloud_->baseUrl()},
-                     {"sQuilUserprofileURL", cloud_->baseUrl()},
-                     {"sQuilUserprofilePreviewURL", cloud_->baseUrl()},
-                     {"sVeWiFiAPIURL", cloud_->baseUrl()},
-                     {"sVeWiFiLOGURL", cloud_->baseUrl()},
-                     {"sTimeSyncURL", cloud_->baseUrl() + "/time/sync"}});
+        servicesAtCloud();
         setenv("VELMAR_ROOT", root_.c_str(), 1);
         if (useTls()) setenv("VELMAR_CA_FILE", cloud_->caFile().c_str(), 1);
     }
@@ -94,6 +90,16 @@ class CloudFixture : public ::testing::Test {
         store("uid", std::to_string(id));
         cloud_->registry().update(SampleDevice::deviceId,
                                   [id](quilcloud::Device& d) { d.superAdmin = id; });
+    }
+
+    // Points every service at the cloud, the log service at `logUrl` when given.
+    void servicesAtCloud(const std::string& logUrl = "") {
+        writeConfig({{"sQuilAPIURL", baseUrl()},
+                     {"sQuilUserprofileURL", baseUrl()},
+                     {"sQuilUserprofilePreviewURL", baseUrl()},
+                     {"sVeWiFiAPIURL", baseUrl()},
+                     {"sVeWiFiLOGURL", logUrl.empty() ? baseUrl() : logUrl},
+                     {"sTimeSyncURL", baseUrl() + "/time/sync"}});
     }
 
     // Replaces messaging.conf with these keys.
@@ -148,6 +154,19 @@ class CloudFixture : public ::testing::Test {
         account_.reset();
         return false;
     }
+    // A token the account service issues for the form "userId=...&clientId=...".
+    static std::string accountToken(const std::string& form) {
+        int status = 0;
+        std::string answer, message;
+        velmar::utils::ErrorType error = velmar::utils::ERROR_NONE;
+        velmar::http::HTTPRequest::httpRequest(status, answer, error, message,
+                                               std::string("https://") + kAccountHost, "user/token",
+                                               form, "POST", {}, 15000);
+        const size_t at = answer.find("\"token\":\"");
+        EXPECT_NE(at, std::string::npos) << answer << message;
+        return at == std::string::npos ? ""
+                                       : answer.substr(at + 9, answer.find('"', at + 9) - at - 9);
+    }
     std::unique_ptr<quilcloud::Cloud> account_;
 
   private:
@@ -158,6 +177,21 @@ class CloudFixture : public ::testing::Test {
 class TlsCloudFixture : public CloudFixture {
   protected:
     bool useTls() const override { return true; }
+};
+
+// The cloud's DNS responder replaces every resolver list a call hands over,
+// so that the upgrade check's fallback resolvers stay on loopback.
+class LoopbackResolverFixture : public CloudFixture {
+  protected:
+    int dnsPort() const override { return 0; }
+    void SetUp() override {
+        CloudFixture::SetUp();
+        setenv("VELMAR_DNS_SERVERS", cloud().dnsServers().c_str(), 1);
+    }
+    void TearDown() override {
+        unsetenv("VELMAR_DNS_SERVERS");
+        CloudFixture::TearDown();
+    }
 };
 
 }  // namespace testing

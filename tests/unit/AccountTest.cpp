@@ -1,20 +1,11 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "velmar/fake/FakeTest.h"
-#include "velmar/quil/api/ClientInfoListAPI.h"
-#include "velmar/quil/api/CommonConfigAPI.h"
-#include "velmar/quil/api/PresenceAPI.h"
-#include "velmar/quil/api/PrivacySettingsAPI.h"
-#include "velmar/quil/api/VemcTokenAPI.h"
-#include "velmar/quil/api/VoipDurationAPI.h"
+#include "FakeHelpers.h"
 
 using namespace velmar::quil::api;
-namespace fake = velmar::fake;
 
 namespace {
-
-const char kBase[] = "https://cloud.test";
 
 class AccountTest : public fake::FakeDeviceTest {
   protected:
@@ -40,7 +31,6 @@ TEST_F(AccountTest, WithoutSuperAdminNothingIsSentAndAnUnparsableOneThrowsAsEver
     for (size_t row = 0; row < std::size(rows); ++row) {
         SCOPED_TRACE(row);
         const auto& [call, scoped] = rows[row];
-        fake::reset();
         SetUp();
         std::string response = "kept";
         fake::clearDeviceValue("uid");

@@ -6,9 +6,8 @@
 #include <thread>
 #include <vector>
 
+#include "FakeHelpers.h"
 #include "velmar/device/DeviceInfo.h"
-#include "velmar/fake/FakeTest.h"
-#include "velmar/quil/QuilConfigUtils.h"
 #include "velmar/utils/ErrorType.h"
 
 // The signed request only ever yields 0 or 604, so a service that reports an
@@ -30,12 +29,8 @@ velmar::utils::ErrorType wrappedCloudAdmin(long long& userId, const std::string&
 }
 
 using velmar::quil::QuilConfigUtils;
-namespace fake = velmar::fake;
-namespace utils = velmar::utils;
 
 namespace {
-
-const char kBase[] = "https://cloud.test";
 
 class AdminStatusTest : public fake::FakeDeviceTest {
   protected:
@@ -101,9 +96,7 @@ TEST_F(AdminStatusTest, CloudOrStoreFailureIsFalse) {
     fake::pushFailure();
     EXPECT_FALSE(QuilConfigUtils::syncAdminStatus(false));
     EXPECT_TRUE(fake::loggedExactly(
-        "DeviceAPI::getSuperAdmin() failed with code: Error (code: 604, message: " +
-            utils::ErrorCode::getErrorMessage(utils::ERROR_HTTP_FAILED) + ")",
-        4));
+        "DeviceAPI::getSuperAdmin() failed with code: " + errorText(utils::ERROR_HTTP_FAILED), 4));
     EXPECT_TRUE(calls().empty());
 
     // The bind has run by the time the store refuses the id (0 is no success).
@@ -138,7 +131,6 @@ TEST_F(AdminStatusTest, SynchronisationsAndClearsNeverInterleave) {
     first.join();
     ASSERT_GT(fake::overlappingActions(), 0);
 
-    fake::reset();
     SetUp();
     fake::slowActions(5);
     constexpr int kThreads = 4;

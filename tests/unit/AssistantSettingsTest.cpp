@@ -1,9 +1,7 @@
 // The assistant level and the experience plan through the platform's tools.
-#include "velmar/fake/FakeTest.h"
-#include "velmar/quil/QuilConfigUtils.h"
+#include "FakeHelpers.h"
 
 using velmar::quil::QuilConfigUtils;
-namespace fake = velmar::fake;
 
 namespace {
 

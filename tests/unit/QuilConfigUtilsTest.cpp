@@ -1,11 +1,9 @@
-#include "velmar/quil/QuilConfigUtils.h"
 
 #include <stdexcept>
 
-#include "velmar/fake/FakeTest.h"
+#include "FakeHelpers.h"
 
 using velmar::quil::QuilConfigUtils;
-namespace fake = velmar::fake;
 
 namespace {
 

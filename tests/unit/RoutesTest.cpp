@@ -1,54 +1,14 @@
 // Every exported call that reaches a service, against the method, address
-// and parameters that service reads. The rows are written from the services'
-// interfaces, not from the library: the local cloud's routes come from the
-// same hands as the library's, so a path or key misspelt alike in both would
-// pass everywhere else.
+// and parameters that service reads, and the 15 s time-out of every call. The rows are written from
+// the services' interfaces, not from the library: the local cloud's routes come from the same hands
+// as the library's, so a path or key misspelt alike in both would pass everywhere else.
 #include <functional>
 #include <set>
 
-#include "velmar/fake/FakeTest.h"
-#include "velmar/quil/QuilConfigUtils.h"
-#include "velmar/quil/VePushUtils.h"
-#include "velmar/quil/api/AIServiceTokenAPI.h"
-#include "velmar/quil/api/ActionLogAPI.h"
-#include "velmar/quil/api/BindAPI.h"
-#include "velmar/quil/api/CarrierOperator.h"
-#include "velmar/quil/api/ClientInfoListAPI.h"
-#include "velmar/quil/api/CmccAndlinkAPI.h"
-#include "velmar/quil/api/CommonConfigAPI.h"
-#include "velmar/quil/api/DeviceAPI.h"
-#include "velmar/quil/api/DeviceSnCmei.h"
-#include "velmar/quil/api/DeviceSnCtei.h"
-#include "velmar/quil/api/DeviceSnProfile.h"
-#include "velmar/quil/api/DeviceStatusAPI.h"
-#include "velmar/quil/api/GetUserProfileAPI.h"
-#include "velmar/quil/api/LoadMoreAPI.h"
-#include "velmar/quil/api/LoadMoreV2API.h"
-#include "velmar/quil/api/LogUploadAPI.h"
-#include "velmar/quil/api/MusicActionLogAPI.h"
-#include "velmar/quil/api/MusicAlbumAPI.h"
-#include "velmar/quil/api/MusicPlayListAPI.h"
-#include "velmar/quil/api/MusicRecommendAPI.h"
-#include "velmar/quil/api/MusicSongInfoAPI.h"
-#include "velmar/quil/api/MusicStationAPI.h"
-#include "velmar/quil/api/NotificationAPI.h"
-#include "velmar/quil/api/PingAPI.h"
-#include "velmar/quil/api/PlayListV2API.h"
-#include "velmar/quil/api/PlayResourceAPI.h"
-#include "velmar/quil/api/PresenceAPI.h"
-#include "velmar/quil/api/PrivacySettingsAPI.h"
-#include "velmar/quil/api/StereoAPI.h"
-#include "velmar/quil/api/TencentAccountAPI.h"
-#include "velmar/quil/api/TimeSyncAPI.h"
-#include "velmar/quil/api/UpgradeAPI.h"
-#include "velmar/quil/api/VEOTTokenAPI.h"
-#include "velmar/quil/api/VemcTokenAPI.h"
-#include "velmar/quil/api/VoipDurationAPI.h"
-#include "velmar/quil/api/WorkDayConfigAPI.h"
+#include "FakeHelpers.h"
 
 using namespace velmar::quil;
 using namespace velmar::quil::api;
-namespace fake = velmar::fake;
 
 namespace {
 
@@ -258,12 +218,12 @@ TEST_F(RoutesTest, EachCallGoesWhereItsServiceListens) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.request);
         SetUp();
-        ::testing::internal::CaptureStdout();  // the action log prints its progress
-        row.call();
-        ::testing::internal::GetCapturedStdout();
+        stdoutOf(row.call);
         ASSERT_FALSE(fake::calls().empty());
-        for (const fake::Call& call : fake::calls())
+        for (const fake::Call& call : fake::calls()) {
             EXPECT_EQ(request(call), row.request);
+            EXPECT_EQ(call.timeoutMs, 15000);
+        }
         for (const std::string& opened : fake::configOpens())
             EXPECT_EQ(opened, "/usr/share/quil/messaging/messaging.conf");
         if (!row.handsOver) continue;

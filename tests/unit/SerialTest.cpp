@@ -1,15 +1,9 @@
-#include "velmar/fake/FakeTest.h"
-#include "velmar/quil/api/CarrierOperator.h"
-#include "velmar/quil/api/CmccAndlinkAPI.h"
-#include "velmar/quil/api/DeviceSnCmei.h"
-#include "velmar/quil/api/DeviceSnCtei.h"
+#include "FakeHelpers.h"
 
 using namespace velmar::quil::api;
-namespace fake = velmar::fake;
 
 namespace {
 
-const char kBase[] = "https://cloud.test";
 const char kCarrierFile[] = "/data/messagingagent/carrier";
 
 class SerialTest : public fake::FakeDeviceTest {

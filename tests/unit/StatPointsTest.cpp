@@ -12,10 +12,9 @@
 #include <tuple>
 #include <vector>
 
-#include "velmar/fake/FakeTest.h"
+#include "FakeHelpers.h"
 
 using velmar::quil::StatPointsUtils;
-namespace fake = velmar::fake;
 namespace fs = std::filesystem;
 
 namespace {
@@ -141,14 +140,23 @@ TEST_F(StatPointsTest, ByteBudgetAllowsExactly262144BytesOfLineText) {
                                               {"quillog_bad_line_count", 1, "1"}}));
 }
 
+// Compared as text: a reader of the file sees its members in the order the
+// uploaded report has them.
 TEST_F(StatPointsTest, PrettyReportIndentsByFourSpacesInTheCompactOrder) {
-    write("stat_points_none boot=3\n");
-    EXPECT_EQ(StatPointsUtils::collectStatPoints(file_, true),
-              "{\n    \"hardware\": \"\",\n    \"version\": \"\",\n    \"serialNumber\": \"\",\n"
-              "    \"list\": [\n        {\n            \"source\": \"rom\",\n"
-              "            \"data\": [\n                {\n                    \"t\": \"boot\",\n"
-              "                    \"c\": 1,\n                    \"v\": \"3\"\n"
-              "                }\n            ]\n        }\n    ]\n}");
+    fake::setDeviceValue("model", "h");
+    fake::setDeviceValue("version", "2.14.3");
+    fake::setDeviceValue("sn", "SN1");
+    write("stat_points_none boot=3\nbad\nbad\nbad\n");
+    EXPECT_EQ(
+        StatPointsUtils::collectStatPoints(file_, true),
+        "{\n    \"hardware\": \"h\",\n    \"version\": \"2.14.3\",\n"
+        "    \"serialNumber\": \"SN1\",\n    \"list\": [\n        {\n"
+        "            \"source\": \"rom\",\n            \"data\": [\n"
+        "                {\n                    \"t\": \"boot\",\n"
+        "                    \"c\": 1,\n                    \"v\": \"3\"\n                },\n"
+        "                {\n                    \"t\": \"quillog_bad_line_count\",\n"
+        "                    \"c\": 3,\n                    \"v\": \"3\"\n"
+        "                }\n            ]\n        }\n    ]\n}");
 }
 
 TEST_F(StatPointsTest, CompactReportIsByteForByteWhatRapidJsonWrites) {

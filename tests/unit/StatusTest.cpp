@@ -1,13 +1,8 @@
-#include "velmar/fake/FakeTest.h"
-#include "velmar/quil/api/DeviceStatusAPI.h"
-#include "velmar/quil/api/WorkDayConfigAPI.h"
+#include "FakeHelpers.h"
 
 using namespace velmar::quil::api;
-namespace fake = velmar::fake;
 
 namespace {
-
-const char kBase[] = "https://cloud.test";
 
 using StatusTest = fake::FakeDeviceTest;
 

@@ -2,22 +2,11 @@
 // report a failure, on the fake port.
 #include <tuple>
 
-#include "velmar/fake/FakeTest.h"
-#include "velmar/quil/api/AIServiceTokenAPI.h"
-#include "velmar/quil/api/CmccAndlinkAPI.h"
-#include "velmar/quil/api/DeviceStatusAPI.h"
-#include "velmar/quil/api/PrivacySettingsAPI.h"
-#include "velmar/quil/api/TencentAccountAPI.h"
-#include "velmar/quil/api/VEOTTokenAPI.h"
-#include "velmar/quil/api/VemcTokenAPI.h"
+#include "FakeHelpers.h"
 
 using namespace velmar::quil::api;
-namespace fake = velmar::fake;
-namespace utils = velmar::utils;
 
 namespace {
-
-const char kBase[] = "https://cloud.test";
 
 class TokenTest : public fake::FakeDeviceTest {
   protected:
@@ -28,12 +17,6 @@ class TokenTest : public fake::FakeDeviceTest {
         fake::setDeviceValue("model", "quil.speaker.v2");
     }
 };
-
-// "Error (code: N, message: ...)", as a status prints.
-std::string error(utils::ErrorType status) {
-    return "Error (code: " + std::to_string(status) +
-           ", message: " + utils::ErrorCode::getErrorMessage(status) + ")";
-}
 
 // The calls with several failures of their own, outputs dropped.
 int aiToken() {
@@ -52,7 +35,8 @@ int tencentAccount() {
 }
 
 TEST_F(TokenTest, EachFailureEndsWithItsOwnLine) {
-    const std::string failed = " (response: , error code: " + error(utils::ERROR_HTTP_FAILED) + ")";
+    const std::string failed =
+        " (response: , error code: " + errorText(utils::ERROR_HTTP_FAILED) + ")";
     const char* const kFailed = nullptr;  // the transport refuses the request
     const struct {
         const char* answer;
@@ -72,11 +56,11 @@ TEST_F(TokenTest, EachFailureEndsWithItsOwnLine) {
              std::string t;
              return int(VemcTokenAPI::getToken(t, kBase));
          },
-         604, 4, "HTTP request failed: " + error(utils::ERROR_HTTP_FAILED)},
+         604, 4, "HTTP request failed: " + errorText(utils::ERROR_HTTP_FAILED)},
         {kFailed, [] { return int(VEOTTokenAPI::upload("t", "s", "1", kBase)); }, 604, 4,
          "Failed to upload veot token" + failed},
         {kFailed, veotDownload, 604, 4,
-         "DeviceAPI::request() failed with code: " + error(utils::ERROR_HTTP_FAILED)},
+         "DeviceAPI::request() failed with code: " + errorText(utils::ERROR_HTTP_FAILED)},
         {"{", veotDownload, 610, 4, "Invalid response: {"},
         // JSON null is JSON of the wrong shape.
         {"null", veotDownload, 610, 4, "Invalid JSON response: null"},
@@ -93,17 +77,16 @@ TEST_F(TokenTest, EachFailureEndsWithItsOwnLine) {
         {kFailed, [] { return int(PrivacySettingsAPI::setPrivacySettings(kBase, 1, "v")); }, 604, 4,
          "httpRequest() failed (requestId: 00000000-0000-4000-8000-000000000001; status: 0; "
          "error message: no scripted answer; error code: " +
-             error(utils::ERROR_HTTP_CONNECT) + ")"},
+             errorText(utils::ERROR_HTTP_CONNECT) + ")"},
         {kFailed, [] { return int(DeviceStatusAPI::setDeviceStatus(kBase, "volume", "30")); }, 604,
          2,
          "Set device status result [catagory: volume; status: 30; response: ; error code: " +
-             error(utils::ERROR_HTTP_FAILED) + "]"},
+             errorText(utils::ERROR_HTTP_FAILED) + "]"},
         {"{\"code\":0}", [] { return int(CmccAndlinkAPI::setDeviceID("cm-1", kBase)); }, 0, 2,
          "set andlink did response: {\"code\":0}"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.line);
-        fake::reset();
         SetUp();
         if (row.answer != kFailed) fake::pushBody(row.answer);
         EXPECT_EQ(row.call(), row.status);
